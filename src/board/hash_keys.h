@@ -1,0 +1,27 @@
+// Random numbers and the Zobrist keys made of them. The generator is deterministic: every run of the
+// program has the same keys. Castling rights and the en-passant square are not part of a key.
+#pragma once
+
+#include "board/types.h"
+
+namespace quelmar {
+
+u32 random32();  // next number of the additive lagged Fibonacci generator
+u64 random64();  // two draws, the first in the low half
+
+// Fills the key tables. Must be the first thing to draw numbers; call once, at start-up.
+void init_hash_keys();
+
+// Both compute the key of the current position from the board alone.
+HashKey compute_key();
+u32 compute_pawn_key();
+
+extern std::array<std::array<HashKey, BOARD_SIZE>, 13> zobrist_piece_square;  // [code][square]; row 0 is zero
+extern HashKey zobrist_side;                                                  // included when Black moves
+extern std::array<std::array<u32, BOARD_SIZE>, 2> pawn_zobrist;               // [colour][square]
+
+inline HashKey piece_key(Piece piece, Square square) {
+    return zobrist_piece_square[static_cast<std::size_t>(piece)][static_cast<std::size_t>(square)];
+}
+
+}  // namespace quelmar

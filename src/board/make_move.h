@@ -1,0 +1,33 @@
+// Playing moves and taking them back, and the keys that moves lead to.
+#pragma once
+
+#include "board/types.h"
+
+namespace quelmar {
+
+// Plays `move`, which a generator made for the current position; whether it leaves the king in check is the
+// caller's question. Opens the next stack entry, in which every us/them pair is seen from the new side to
+// move.
+void make_move(const Move* move);
+
+// Takes back the last move made, which must have been `move`.
+void unmake_move(const Move* move);
+
+// Pass the turn and back. The null ply owns no moves of the move stack. The side to move must not be in
+// check.
+void make_null_move();
+void unmake_null_move();
+
+// The key after `move`, or after a null move for nullptr. An en-passant victim is keyed on `to`.
+HashKey key_after_move(HashKey key, const Move* move);
+
+// The same for a packed move, but exact for en passant too. A packed null move (from = 0) passes the turn.
+HashKey key_after_packed_move(HashKey key, PackedMove packed);
+
+u32 pawn_key_after_move(u32 pawn_key, const Move* move);
+
+// Key lookahead: opens a stack entry in which nothing but `key` may be read, and closes it again.
+void push_key_after_move(PackedMove packed);
+void pop_key_after_move();
+
+}  // namespace quelmar

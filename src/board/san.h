@@ -1,0 +1,14 @@
+// Standard Algebraic Notation, out only.
+#pragma once
+
+#include "board/types.h"
+
+#include <string>
+
+namespace quelmar {
+
+// The move of the current position as SAN without check marks, "*" if it is not legal there. Overwrites the
+// move list of the current search ply.
+std::string san_text(const Move& move);
+
+}  // namespace quelmar

@@ -1,0 +1,7 @@
+#include "protocol/input.h"
+
+namespace quelmar {
+
+void poll_input() {}
+
+}  // namespace quelmar

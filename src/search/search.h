@@ -1,0 +1,24 @@
+// The searches. All work on the current position and return with it as it was.
+#pragma once
+
+#include "search/score.h"
+
+namespace quelmar {
+
+// Searches the current position with the current clocks and modes until its limits, or a stop, end it. The
+// variation found is then in search_state.pv, its score in search_state.last_score. Iteration 1 always
+// completes, so pv has at least one move whenever the position has one.
+void think();
+
+// Null-window search of the node at search_ply: returns a lower bound >= beta or an upper bound < beta. After
+// a stop (protocol_state.abort_search) it returns 0 with the board back at the root.
+Score search(Score beta, Depth depth, bool null_allowed);
+
+// The same below the horizon. `depth` is only the depth stored in the table; no checks are searched beyond
+// ply `check_limit`. Never polls and never stops.
+Score qsearch(Score beta, Depth depth, int check_limit);
+
+// One iteration: null-window searches from `guess` until the root score is known.
+Score mtd_driver(Score guess, Depth depth);
+
+}  // namespace quelmar

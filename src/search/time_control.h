@@ -1,0 +1,25 @@
+// The millisecond clock, the chess clocks, and the budget of a move.
+#pragma once
+
+#include "board/types.h"
+
+namespace quelmar {
+
+// Time of day in milliseconds. Wraps; only differences mean anything (see elapsed_since).
+i32 clock_ms();
+
+i32 elapsed_since(i32 stamp);  // milliseconds since clock_ms() was `stamp`
+
+// Sets search_state.target_time and max_time from the clock of the side to move.
+void allocate_time();
+
+// After a game move: both clocks move into the new entry and the mover is charged `elapsed` milliseconds.
+void update_clocks_after_move(i32 elapsed);
+
+// The same for the entry of the search root, charging `side` whatever its kind of clock.
+void update_root_clock(Side side, i32 elapsed);
+
+// Called after every input poll of the search: status lines, and abort_search when time is up.
+void time_check();
+
+}  // namespace quelmar

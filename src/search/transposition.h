@@ -1,0 +1,49 @@
+// The transposition table: two bounds per position, two entries per bucket.
+#pragma once
+
+#include "board/types.h"
+#include "search/score.h"
+
+namespace quelmar {
+
+inline constexpr u8 TT_MATE_THREAT = 4;  // a null move here was answered by a mate
+
+struct TTEntry {
+    u32 key_low = 0;
+    u32 key_high = 0;
+    PackedMove move = 0;
+    i16 upper_score = 0;  // +30001: none known
+    i16 lower_score = 0;  // -30001: none known
+    i16 upper_depth = 0;  // 60ths of a ply
+    i16 lower_depth = 0;
+    u8 upper_generation = 0;
+    u8 lower_generation = 0;
+    u8 flags = 0;
+    u8 generation = 0;  // of the last write
+};
+static_assert(sizeof(TTEntry) == 24);
+
+extern u8 tt_generation;  // moved on by reset_search and by a sharp change of the root score
+
+// Replaces the table by an empty one of settings.hash_mb megabytes (at least 16384 buckets). What cannot be
+// had is halved until it can, with a line that both protocols ignore.
+void tt_allocate();
+
+void tt_clear();  // forgets everything
+
+// The entry of the position with this key, or nullptr. Does not look at generations.
+TTEntry* tt_probe(HashKey key);
+
+void tt_prefetch(HashKey key);
+
+// Record a bound of the current position. `move` 0 leaves the entry's old move. `depth` in 60ths of a ply.
+void tt_store_lower(Depth depth, PackedMove move, Score score, u8 flags);
+void tt_store_upper(Depth depth, Score score, u8 flags);
+
+// A stored bound as the search uses it at `ply`: mate scores become relative to the root.
+Score tt_score_at(Score stored, int ply);
+
+int tt_hashfull();          // expected share of slots used since the last reset, per mille
+void tt_count_from_zero();  // restarts the count behind tt_hashfull
+
+}  // namespace quelmar

@@ -1,0 +1,18 @@
+// Endgame tables as the search and the front ends see them.
+#pragma once
+
+#include "search/score.h"
+
+namespace quelmar {
+
+extern int tb_max_men;  // most men, kings included, of any registered table; 0 without tables
+
+// Registers the tables found along settings.tb_path and allocates the block cache of settings.tb_cache_mb.
+// Sets tb_max_men. A broken table file ends the process with a message and exit status 1.
+void setup_tablebases();
+
+// Looks the current position up. On success writes the score (of the side to move, relative to search_ply)
+// and returns true; false when no table holds the position or its file cannot be read.
+bool probe_tablebase(Score& score_out);
+
+}  // namespace quelmar
