@@ -1,0 +1,264 @@
+// Two answers to "what is lost on this square?": one plays an exchange out on the board, the other looks it
+// up by what the attack maps know about the square.
+//
+// The table is filled by recursion instead of by half a million exchanges. Let S(v, A, D) be what the owner
+// of a man of value v loses when byte A attacks and byte D defends. With no attacker left it is 0; otherwise
+// the cheapest attacker, worth c, may capture and then stands there itself: S(v, A, D) = max(0, v - S(c, D,
+// A')), A' being the byte that remains of A. Since A' is smaller than A, the rows of both colours follow one
+// from the other in ascending order.
+#include "eval/exchange.h"
+
+#include "board/position.h"
+#include "eval/attack_map.h"
+#include "eval/attacks.h"
+#include "eval/square_tables.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace quelmar {
+
+std::array<std::array<std::array<u8, 256>, 256>, 13> exchange_table;
+
+namespace {
+
+constexpr std::array<u8, 13> TABLE_VALUE = {0, 1, 3, 3, 5, 10, 100, 1, 3, 3, 5, 10, 100};  // pawns
+
+constexpr int XRAY_ONLY_VALUE = 10;  // an attacker whose kind is not known counts as a queen
+
+constexpr auto cheapest_attacker = [] {
+    constexpr std::array<u8, 5> VALUE_OF_KIND_BIT = {1, 3, 5, 10, 100};
+    std::array<u8, 32> table{};
+    table[0] = XRAY_ONLY_VALUE;
+    for (unsigned kinds = 1; kinds < 32; ++kinds)
+        table[kinds] = VALUE_OF_KIND_BIT[static_cast<std::size_t>(std::countr_zero(kinds))];
+    return table;
+}();
+
+// What remains of an attack byte after its cheapest attacker. A kind is taken to be used up when the
+// remaining count can no longer cover every kind bit.
+constexpr auto next_attack_byte = [] {
+    std::array<u8, 256> table{};
+    for (int byte = 1; byte < 255; ++byte) {  // 255, where every bit is set, counts as exhausted
+        const int count = byte & ATTACK_COUNT;
+        const auto kinds = static_cast<unsigned>(byte) >> ATTACK_KIND_SHIFT;
+        int next = byte - 1;
+        if (std::popcount(kinds) > count - 1)
+            next -= static_cast<int>(kinds & -kinds) << ATTACK_KIND_SHIFT;
+        table[static_cast<std::size_t>(byte)] = static_cast<u8>(std::max(next, 0));
+    }
+    return table;
+}();
+static_assert(next_attack_byte[26] == 17 && next_attack_byte[19] == 18);
+
+int cheapest_of(int byte) {
+    return cheapest_attacker[static_cast<std::size_t>(byte >> ATTACK_KIND_SHIFT)];
+}
+
+int remaining_of(int byte) {
+    return next_attack_byte[static_cast<std::size_t>(byte)];
+}
+
+// The white man whose plane of the table holds the values of an attacker worth `value`.
+constexpr Piece plane_of_value(int value) {
+    return value == 1 ? PAWN : value == 3 ? KNIGHT : value == 5 ? ROOK : value == 10 ? QUEEN : KING;
+}
+
+constexpr std::array<Piece, 5> DISTINCT_KINDS = {PAWN, KNIGHT, ROOK, QUEEN, KING};
+
+auto& row_of(Piece man, int white_byte) {
+    return exchange_table[static_cast<std::size_t>(man)][static_cast<std::size_t>(white_byte)];
+}
+
+u8 left_over(u8 value, u8 counter_loss) {
+    return static_cast<u8>(value > counter_loss ? value - counter_loss : 0);
+}
+
+// Black men attacked by `white_byte`: White captures, and what it loses itself stands in the rows of the
+// white men for the white byte that remains.
+void fill_black_rows(int white_byte) {
+    if ((white_byte & ATTACK_COUNT) == 0)
+        return;
+    const auto& answers = row_of(plane_of_value(cheapest_of(white_byte)), remaining_of(white_byte));
+    for (const Piece kind : DISTINCT_KINDS) {
+        auto& row = row_of(man_of(BLACK, kind), white_byte);
+        const u8 value = TABLE_VALUE[static_cast<std::size_t>(kind)];
+        for (std::size_t black_byte = 0; black_byte < 256; ++black_byte)
+            row[black_byte] = left_over(value, answers[black_byte]);
+    }
+}
+
+// White men defended by `white_byte`, after the black rows of the same byte.
+void fill_white_rows(int white_byte) {
+    std::array<u8, 256> counter_loss;
+    for (int black_byte = 0; black_byte < 256; ++black_byte) {
+        const Piece capturer = man_of(BLACK, plane_of_value(cheapest_of(black_byte)));
+        const auto& answers = row_of(capturer, white_byte);
+        counter_loss[static_cast<std::size_t>(black_byte)] =
+            (black_byte & ATTACK_COUNT) == 0 ? u8{255}  // nobody captures: nothing is lost
+                                             : answers[static_cast<std::size_t>(remaining_of(black_byte))];
+    }
+    for (const Piece kind : DISTINCT_KINDS) {
+        auto& row = row_of(kind, white_byte);
+        const u8 value = TABLE_VALUE[static_cast<std::size_t>(kind)];
+        for (std::size_t black_byte = 0; black_byte < 256; ++black_byte)
+            row[black_byte] = left_over(value, counter_loss[black_byte]);
+    }
+}
+
+}  // namespace
+
+int attack_byte_exchange(Piece piece, int white_byte, int black_byte) {
+    if (piece == EMPTY)
+        return 0;
+    std::array<int, 2> bytes = {white_byte, black_byte};
+    const auto byte_of = [&bytes](Side side) -> int& { return bytes[static_cast<std::size_t>(side)]; };
+    const Side attacker = other_side(side_of(piece));
+    std::array<int, 16> gain{};  // a byte counts at most seven captures
+    gain[0] = TABLE_VALUE[static_cast<std::size_t>(piece)];
+    if ((byte_of(attacker) & ATTACK_COUNT) == 0)
+        return 0;
+
+    int standing = cheapest_of(byte_of(attacker));
+    byte_of(attacker) = remaining_of(byte_of(attacker));
+    std::size_t depth = 0;
+    for (Side next = other_side(attacker); (byte_of(next) & ATTACK_COUNT) != 0; next = other_side(next)) {
+        ++depth;
+        gain[depth] = standing - gain[depth - 1];
+        standing = cheapest_of(byte_of(next));
+        byte_of(next) = remaining_of(byte_of(next));
+    }
+    for (; depth > 0; --depth)
+        gain[depth - 1] = std::min(gain[depth - 1], -gain[depth]);
+    return std::max(gain[0], 0);
+}
+
+void build_exchange_table() {
+    for (int white_byte = 0; white_byte < 256; ++white_byte) {
+        fill_black_rows(white_byte);
+        fill_white_rows(white_byte);
+    }
+    exchange_table[WHITE_BISHOP] = exchange_table[WHITE_KNIGHT];
+    exchange_table[BLACK_BISHOP] = exchange_table[BLACK_KNIGHT];
+}
+
+namespace {
+
+constexpr int KING_CAPTURES = 30000;  // more than any exchange can win back
+
+// The men of one colour that stand on the square in turn, the first one fixed, the others cheapest first.
+struct Capturers {
+    std::array<int, 80> value{};  // 8 lines of at most 7 men, 8 knights, 2 pawns and the first
+    int count = 0;
+
+    void append(int man_value) { value[static_cast<std::size_t>(count++)] = man_value; }
+    void insert(int man_value) {
+        int place = count++;
+        for (; place > 1 && at(place - 1) > man_value; --place)
+            value[static_cast<std::size_t>(place)] = at(place - 1);
+        value[static_cast<std::size_t>(place)] = man_value;
+    }
+    int at(int index) const { return value[static_cast<std::size_t>(index)]; }
+};
+
+using BothCapturers = std::array<Capturers, 2>;
+
+Capturers& of_side(BothCapturers& capturers, Side side) {
+    return capturers[static_cast<std::size_t>(side)];
+}
+
+template <Side Us> void add_contact_men(BothCapturers& capturers, Square to) {
+    using Face = Facing<Us>;
+    for (const int side_step : {1, -1}) {
+        if (position.at(to - Face::FORWARD + side_step) == Face::OUR_PAWN)
+            of_side(capturers, Us).append(PAWN_VALUE);
+    }
+    for (const int offset : knight_offsets) {
+        if (position.at(to + offset) == Face::OUR_KNIGHT)
+            of_side(capturers, Us).append(MINOR_VALUE);
+    }
+}
+
+// Whether a pawn on `square` attacks the square one `direction` back.
+bool pawn_captures(Piece pawn, int direction) {
+    return side_of(pawn) == WHITE ? direction == -15 || direction == -17 : direction == 15 || direction == 17;
+}
+
+// Sliders join the line behind whatever lets them through: other sliders of the line and a capturing pawn.
+void add_line(BothCapturers& capturers, Square to, int direction) {
+    const bool diagonal = direction != 1 && direction != -1 && direction != 16 && direction != -16;
+    for (Square square = to + direction;; square += direction) {
+        const Piece man = position.at(square);
+        if (man == EMPTY)
+            continue;
+        if (man == OFF_BOARD)
+            return;
+        const bool next_to_it = square == to + direction;
+        switch (kind_of(man)) {
+        case PAWN:
+            if (!next_to_it || !pawn_captures(man, direction))
+                return;
+            break;
+        case KING:
+            if (next_to_it)
+                of_side(capturers, side_of(man)).append(KING_CAPTURES);
+            return;
+        case QUEEN:
+            of_side(capturers, side_of(man)).insert(QUEEN_VALUE);
+            break;
+        default:
+            if (kind_of(man) != (diagonal ? BISHOP : ROOK))
+                return;
+            of_side(capturers, side_of(man)).insert(value_of(man));
+        }
+    }
+}
+
+// White's gain when both sides capture in turn and may stop whenever that is better. `alpha` is what White is
+// sure of, `beta` what Black can hold it to.
+int resolve(const BothCapturers& capturers, Side mover) {
+    const Capturers& white = capturers[WHITE];
+    const Capturers& black = capturers[BLACK];
+    int next_white = 0, next_black = 0, balance = 0, alpha = -KING_CAPTURES, beta = KING_CAPTURES;
+    if (mover == BLACK) {
+        next_white = 1;
+        balance = alpha = -white.at(0);
+    }
+    for (;;) {
+        if (next_white == white.count)
+            return alpha;
+        balance += black.at(next_black++);
+        if (balance < alpha)
+            return alpha;
+        beta = std::min(beta, balance);
+        if (next_black == black.count)
+            return beta;
+        balance -= white.at(next_white++);
+        if (balance > beta)
+            return beta;
+        alpha = std::max(alpha, balance);
+    }
+}
+
+}  // namespace
+
+int static_exchange(Square from, Square to) {
+    u8& origin = position.board[static_cast<std::size_t>(from)];
+    const u8 mover = origin;
+    const Side side = side_of(mover);
+    BothCapturers capturers;
+    of_side(capturers, side).append(value_of(mover));
+    of_side(capturers, other_side(side)).append(value_of(position.at(to)));
+
+    origin = EMPTY;
+    add_contact_men<WHITE>(capturers, to);
+    add_contact_men<BLACK>(capturers, to);
+    for (const int direction : king_offsets)
+        add_line(capturers, to, direction);
+    origin = mover;
+
+    const int white_gain = resolve(capturers, side);
+    return side == WHITE ? white_gain : -white_gain;
+}
+
+}  // namespace quelmar
