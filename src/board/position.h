@@ -56,6 +56,8 @@ struct Position {
     Side side_to_move = WHITE;
     std::array<Square, 2> king_home{};           // meaningful only with a castling right of that side
     std::array<Square, 4> castle_rook_square{};  // White short, long, Black short, long
+    // Rights that a man leaving this square loses; follows from the two fields above, made by set-up.
+    std::array<u8, BOARD_SIZE> castle_bits_of{};
     std::array<UndoRecord, POSITION_STACK_SIZE> position_stack;
     int game_ply = 0;       // index of the current entry
     int search_ply = 0;     // moves since the search root, null moves included

@@ -116,7 +116,8 @@ inline constexpr int CASTLE_WHITE_SHORT = 1, CASTLE_WHITE_LONG = 2, CASTLE_BLACK
 // What differs between the sides, for code that is written once as a template.
 template <Side Us> struct Facing {
     static constexpr Side THEM = Us ^ 1;
-    static constexpr int FORWARD = Us == WHITE ? 16 : -16;
+    static constexpr int SIGN = Us == WHITE ? 1 : -1;
+    static constexpr int FORWARD = 16 * SIGN;
     static constexpr Piece OUR_PAWN = man_of(Us, PAWN), OUR_KNIGHT = man_of(Us, KNIGHT),
                            OUR_BISHOP = man_of(Us, BISHOP), OUR_ROOK = man_of(Us, ROOK),
                            OUR_QUEEN = man_of(Us, QUEEN), OUR_KING = man_of(Us, KING);

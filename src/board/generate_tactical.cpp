@@ -1,0 +1,251 @@
+#include "board/generate.h"
+#include "board/generate_core.h"
+#include "eval/attack_map.h"
+#include "eval/exchange.h"
+#include "eval/square_tables.h"
+
+namespace quelmar {
+
+namespace {
+
+// Captures
+
+template <Side Us> struct Captures {
+    Move* out;
+
+    static bool enemy_on(Square square) { return is_man_of(position.at(square), Facing<Us>::THEM); }
+
+    // A cheaper man is worth capturing only where the attack maps find it badly defended.
+    static bool worth_trying(Square from, Square to) {
+        const Piece victim = position.at(to);
+        return value_of(victim) >= value_of(position.at(from)) ||
+               exchange_loss(victim, attack_byte(WHITE, to), attack_byte(BLACK, to)) != 0;
+    }
+
+    void pawn(Square from) {
+        for (int step : PAWN_CAPTURES<Us>) {
+            const Square to = from + step;
+            if (enemy_on(to))
+                out = put_move(out, from, to, Facing<Us>::rank(to) == 7 ? man_of(Us, QUEEN) : EMPTY, 0);
+        }
+        const Square ahead = from + Facing<Us>::FORWARD;
+        if (Facing<Us>::rank(from) == 6 && position.at(ahead) == EMPTY)
+            out = put_move(out, from, ahead, man_of(Us, QUEEN), 0);
+    }
+
+    template <typename Steps> void stepper(Square from, const Steps& steps) {
+        for (int step : steps) {
+            if (enemy_on(from + step) && worth_trying(from, from + step))
+                out = put_move(out, from, from + step, EMPTY, 0);
+        }
+    }
+
+    template <typename Steps> void slider(Square from, const Steps& steps) {
+        for (int step : steps) {
+            Square to = from + step;
+            while (position.at(to) == EMPTY)
+                to += step;
+            if (enemy_on(to) && worth_trying(from, to))
+                out = put_move(out, from, to, EMPTY, 0);
+        }
+    }
+
+    Move* all() {
+        for (Square from = position.first_of(Us); from != LIST_END; from = position.next_man(from)) {
+            switch (position.at(from) - 6 * Us) {
+            case PAWN:
+                pawn(from);
+                break;
+            case KNIGHT:
+                stepper(from, knight_offsets);
+                break;
+            case BISHOP:
+                slider(from, bishop_directions);
+                break;
+            case ROOK:
+                slider(from, rook_directions);
+                break;
+            case QUEEN:
+                slider(from, king_offsets);
+                break;
+            case KING:
+                stepper(from, king_offsets);
+                break;
+            default:
+                break;
+            }
+        }
+        return out;
+    }
+};
+
+// Quiet checks
+
+int discovery_of(Square square) {
+    return discovery_map[static_cast<std::size_t>(square)];
+}
+
+bool checks_from(Square square, int bit) {
+    return (check_square_map[static_cast<std::size_t>(square)] & bit) != 0;
+}
+
+template <Side Us> struct QuietChecks {
+    Move* out;
+
+    static bool pawn_checks(Square from, Square to) {
+        const int discovery = discovery_of(from);
+        return checks_from(to, CHECK_BY_PAWN) || (discovery != 0 && discovery != 16);
+    }
+
+    void pawn(Square from) {
+        const Square ahead = from + Facing<Us>::FORWARD, two_ahead = ahead + Facing<Us>::FORWARD;
+        if (position.at(ahead) != EMPTY)
+            return;
+        if (pawn_checks(from, ahead))
+            out = put_move(out, from, ahead, Facing<Us>::rank(ahead) == 7 ? man_of(Us, QUEEN) : EMPTY, 1);
+        if (Facing<Us>::rank(from) == 1 && position.at(two_ahead) == EMPTY && pawn_checks(from, two_ahead))
+            out = put_move(out, from, two_ahead, EMPTY, 1);
+    }
+
+    void knight(Square from) {
+        const bool uncovers = discovery_of(from) != 0;
+        for (int offset : knight_offsets) {
+            const Square to = from + offset;
+            if (position.at(to) == EMPTY && (uncovers || checks_from(to, CHECK_BY_KNIGHT)))
+                out = put_move(out, from, to, EMPTY, 1);
+        }
+    }
+
+    template <Piece Kind, typename Steps> void slider(Square from, const Steps& steps) {
+        const int discovery = discovery_of(from);
+        for (int step : steps) {
+            const bool uncovers = discovery != 0 && discovery != std::abs(step);
+            for (Square to = from + step; position.at(to) == EMPTY; to += step) {
+                if (uncovers || checks_from(to, check_bit(Kind)))
+                    out = put_move(out, from, to, EMPTY, 1);
+            }
+        }
+    }
+
+    void king(Square from) {
+        const int discovery = discovery_of(from);
+        if (discovery == 0)
+            return;
+        for (int step : king_offsets) {
+            if (discovery != std::abs(step) && position.at(from + step) == EMPTY)
+                out = put_move(out, from, from + step, EMPTY, 1);
+        }
+    }
+
+    Move* all() {
+        for (Square from = position.first_of(Us); from != LIST_END; from = position.next_man(from)) {
+            switch (position.at(from) - 6 * Us) {
+            case PAWN:
+                pawn(from);
+                break;
+            case KNIGHT:
+                knight(from);
+                break;
+            case BISHOP:
+                slider<BISHOP>(from, bishop_directions);
+                break;
+            case ROOK:
+                slider<ROOK>(from, rook_directions);
+                break;
+            case QUEEN:
+                slider<QUEEN>(from, king_offsets);
+                break;
+            case KING:
+                king(from);
+                break;
+            default:
+                report_illegal_piece(from);
+            }
+        }
+        return out;
+    }
+};
+
+// Evasions
+
+// Squares to which a man other than the king may move to end the check.
+template <Side Us> class EvasionTargets {
+public:
+    EvasionTargets() {
+        find_contact_checks();
+        for (int step : bishop_directions)
+            find_line_check(step, Facing<Us>::THEIR_BISHOP);
+        for (int step : rook_directions)
+            find_line_check(step, Facing<Us>::THEIR_ROOK);
+        if (checkers_ > 1)
+            wanted_ = {};
+        if (checkers_ == 0)  // asked without a check: nothing to aim at, so every move is a candidate
+            wanted_.fill(true);
+        wanted_[static_cast<std::size_t>(position.king_square(Facing<Us>::THEM))] = true;
+    }
+
+    bool operator()(Square square) const { return wanted_[static_cast<std::size_t>(square)]; }
+
+private:
+    void note_checker(Square square) {
+        ++checkers_;
+        wanted_[static_cast<std::size_t>(square)] = true;
+    }
+
+    void find_contact_checks() {
+        for (int step : PAWN_CAPTURES<Us>) {
+            if (position.at(king_ + step) == Facing<Us>::THEIR_PAWN)
+                note_checker(king_ + step);
+        }
+        for (int offset : knight_offsets) {
+            if (position.at(king_ + offset) == Facing<Us>::THEIR_KNIGHT)
+                note_checker(king_ + offset);
+        }
+    }
+
+    void find_line_check(int step, Piece slider) {
+        Square square = king_ + step;
+        while (position.at(square) == EMPTY)
+            square += step;
+        if (position.at(square) != slider && position.at(square) != Facing<Us>::THEIR_QUEEN)
+            return;
+        note_checker(square);
+        for (square -= step; square != king_; square -= step)
+            wanted_[static_cast<std::size_t>(square)] = true;
+    }
+
+    const Square king_ = position.king_square(Us);
+    int checkers_ = 0;
+    std::array<bool, BOARD_SIZE> wanted_{};
+};
+
+template <Side Us> void generate_evasions_for() {
+    build_check_maps();
+    const EvasionTargets<Us> targets;
+    Move* const begin = start_list();
+    Move* out = ManMoves<Us, EvasionTargets<Us>>{begin, targets}.all();
+    out = keep_legal<Us>(begin, out);
+    close_list(en_passant_moves<Us, true>(out));
+}
+
+}  // namespace
+
+void generate_captures() {
+    close_list(position.side_to_move == WHITE ? Captures<WHITE>{start_list()}.all()
+                                              : Captures<BLACK>{start_list()}.all());
+}
+
+void generate_quiet_checks() {
+    build_check_maps();
+    close_list(position.side_to_move == WHITE ? QuietChecks<WHITE>{start_list()}.all()
+                                              : QuietChecks<BLACK>{start_list()}.all());
+}
+
+void generate_evasions() {
+    if (position.side_to_move == WHITE)
+        generate_evasions_for<WHITE>();
+    else
+        generate_evasions_for<BLACK>();
+}
+
+}  // namespace quelmar

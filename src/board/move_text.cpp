@@ -1,0 +1,136 @@
+#include "board/move_text.h"
+
+#include "board/position.h"
+#include "board/setup.h"
+#include "protocol/protocol_state.h"
+
+#include <cstdio>
+
+namespace quelmar {
+
+namespace {
+
+constexpr int SHORT_CASTLINGS = CASTLE_WHITE_SHORT | CASTLE_BLACK_SHORT;
+constexpr int LONG_CASTLINGS = CASTLE_WHITE_LONG | CASTLE_BLACK_LONG;
+
+constexpr std::array<const char*, 13> diagram_cells = {"|   ", "| P ", "| N ", "| B ", "| R ", "| Q ", "| K ",
+                                                       "|=P=", "|=N=", "|=B=", "|=R=", "|=Q=", "|=K="};
+constexpr char DIAGRAM_LINE[] = "+---+---+---+---+---+---+---+---+";
+
+// What a move text asks for; a square of 0 matches no move.
+struct WantedMove {
+    int castlings = 0;  // mask of CASTLE_ bits, 0 for a move by coordinates
+    Square from = 0, to = 0;
+    Piece promotion_kind = EMPTY;
+
+    bool is(const Move& move) const {
+        if (castlings != 0)
+            return (move.flags & castlings) != 0;
+        return move.from == from && move.to == to && kind_of(move.promotion) == promotion_kind;
+    }
+};
+
+Square read_square(char file, char rank) {
+    if (file < 'a' || file > 'h' || rank < '1' || rank > '8')
+        return 0;
+    return square_at(file - 'a', rank - '1');
+}
+
+Piece read_promotion(char letter) {
+    switch (letter) {
+    case 'Q':
+    case 'q':
+        return QUEEN;
+    case 'R':
+    case 'r':
+        return ROOK;
+    case 'B':
+    case 'b':
+        return BISHOP;
+    case 'N':
+    case 'n':
+        return KNIGHT;
+    default:
+        return EMPTY;
+    }
+}
+
+WantedMove read_wanted_move(std::string_view text) {
+    WantedMove wanted;
+    if (text.starts_with("O-O-O")) {
+        wanted.castlings = LONG_CASTLINGS;
+    } else if (text.starts_with("O-O")) {
+        wanted.castlings = SHORT_CASTLINGS;
+    } else if (text.size() >= 4) {
+        wanted.from = read_square(text[0], text[1]);
+        wanted.to = read_square(text[2], text[3]);
+        wanted.promotion_kind = text.size() > 4 ? read_promotion(text[4]) : EMPTY;
+    }
+    return wanted;
+}
+
+void print_what_is_legal() {
+    std::printf("Legal moves:\n");
+    for (const Move* move = root_moves.data(); move->from != 0; ++move) {
+        print_move(*move);
+        std::printf("\n");
+    }
+    print_board();
+    std::printf("Hashkey: %llx\n", static_cast<unsigned long long>(position.current().key));
+}
+
+}  // namespace
+
+std::string square_text(Square square) {
+    return {static_cast<char>('a' + file_of(square)), static_cast<char>('1' + rank_of(square))};
+}
+
+std::string move_text(const Move& move) {
+    if ((move.flags & SHORT_CASTLINGS) != 0)
+        return "O-O";
+    if ((move.flags & LONG_CASTLINGS) != 0)
+        return "O-O-O";
+    if (move.from == 0)
+        return protocol_state.uci_mode ? "0000" : "-";
+    std::string text = square_text(move.from) + square_text(move.to);
+    if (move.promotion != EMPTY)
+        text += protocol_state.uci_mode ? LOWER_LETTERS[move.promotion] : UPPER_LETTERS[move.promotion];
+    return text;
+}
+
+void print_move(const Move& move) {
+    std::printf("%s", move_text(move).c_str());
+}
+
+void print_coded_move(int code) {
+    const Square from = square_of_index[static_cast<std::size_t>(code & 63)];
+    const Square to = square_of_index[static_cast<std::size_t>(code >> 7 & 63)];
+    std::printf("%s%s", square_text(from).c_str(), square_text(to).c_str());
+}
+
+int parse_move(std::string_view text) {
+    const WantedMove wanted = read_wanted_move(text);
+    for (const Move* move = root_moves.data(); move->from != 0; ++move) {
+        if (wanted.is(*move)) {
+            protocol_state.user_move = *move;
+            return 1;
+        }
+    }
+    print_what_is_legal();
+    return 0;
+}
+
+void print_board() {
+    std::printf("%s\n", DIAGRAM_LINE);
+    for (int rank = 7; rank >= 0; --rank) {
+        for (int file = 0; file < 8; ++file) {
+            const Piece piece = position.at(square_at(file, rank));
+            const bool dark = (file + rank) % 2 == 0;
+            std::printf("%s",
+                        piece == EMPTY && dark ? "| . " : diagram_cells[static_cast<std::size_t>(piece)]);
+        }
+        std::printf("|\n%s\n", DIAGRAM_LINE);
+    }
+}
+
+}  // namespace quelmar

@@ -1,0 +1,149 @@
+#include "board/position.h"
+
+#include "board/hash_keys.h"
+#include "eval/square_tables.h"
+
+#include <algorithm>
+
+namespace quelmar {
+
+Position position;
+
+namespace {
+
+// A stack that is fuller than this is relieved before the next game move.
+constexpr int GAME_PLY_LIMIT = POSITION_STACK_SIZE - SEARCH_HEADROOM - 1;
+// Leaves more entries than halfmove_clock, and with it any look-back, can count.
+constexpr int PLIES_TO_DROP = 512;
+static_assert(GAME_PLY_LIMIT - PLIES_TO_DROP > 255);
+
+constexpr int FIRST_CASTLE_KIND = 1, LAST_CASTLE_KIND = 4, EN_PASSANT_KIND = 5;
+
+u32 kind_of_flags(int flags) {
+    switch (flags) {
+    case CASTLE_WHITE_SHORT:
+        return 1;
+    case CASTLE_WHITE_LONG:
+        return 2;
+    case CASTLE_BLACK_SHORT:
+        return 3;
+    case CASTLE_BLACK_LONG:
+        return 4;
+    case EN_PASSANT:
+        return EN_PASSANT_KIND;
+    default:
+        return 0;
+    }
+}
+
+int flags_of_kind(u32 kind) {
+    if (kind >= FIRST_CASTLE_KIND && kind <= LAST_CASTLE_KIND)
+        return 1 << (kind - FIRST_CASTLE_KIND);
+    return kind == EN_PASSANT_KIND ? EN_PASSANT : 0;
+}
+
+// What a record counts, recounted from the board.
+struct Recount {
+    std::array<i32, 2> material{}, pst{};
+    std::array<int, 2> pawns{}, men{};
+};
+
+Recount recount() {
+    Recount count;
+    for (u8 index_square : square_of_index) {
+        const Piece piece = position.at(index_square);
+        if (!is_man(piece))
+            continue;
+        const auto side = static_cast<std::size_t>(side_of(piece));
+        count.pst[side] += placement_of(piece, index_square);
+        ++count.men[side];
+        count.pawns[side] += is_pawn(piece);
+        if (kind_of(piece) != KING)
+            count.material[side] += value_of(piece);
+    }
+    return count;
+}
+
+bool list_is_consistent(Side side, int men) {
+    Square before = side;
+    int listed = 0;
+    for (Square square = position.first_of(side); square != LIST_END; square = position.next_man(square)) {
+        const bool is_king = position.at(square) == man_of(side, KING);
+        if (++listed > men || !is_man_of(position.at(square), side) || link_of(square).prev != before ||
+            is_king != (listed == 1))
+            return false;
+        before = square;
+    }
+    return listed == men;
+}
+
+}  // namespace
+
+void rebuild_piece_lists() {
+    for (u8 square : square_of_index) {
+        if (position.at(square) == WHITE_KING)
+            link_of(WHITE_LIST).next = square;
+        else if (position.at(square) == BLACK_KING)
+            link_of(BLACK_LIST).next = square;
+    }
+    std::array<u8, 2> tail{};
+    for (Side side : {WHITE, BLACK}) {
+        const Square king = position.king_square(side);
+        link_of(king) = {static_cast<u8>(side), LIST_END};
+        tail[static_cast<std::size_t>(side)] = static_cast<u8>(king);
+    }
+    for (u8 square : square_of_index) {
+        const Piece piece = position.at(square);
+        if (!is_man(piece) || kind_of(piece) == KING)
+            continue;
+        u8& last = tail[static_cast<std::size_t>(side_of(piece))];
+        link_of(last).next = square;
+        link_of(square) = {last, LIST_END};
+        last = square;
+    }
+}
+
+PackedMove pack_move(const Move& move) {
+    return static_cast<PackedMove>(move.from) | static_cast<PackedMove>(move.to) << 8 |
+           static_cast<PackedMove>(move.piece) << 16 | static_cast<PackedMove>(move.captured) << 20 |
+           static_cast<PackedMove>(move.promotion) << 24 | kind_of_flags(move.flags) << 28 |
+           static_cast<PackedMove>(move.gives_check) << 31;
+}
+
+Move unpack_move(PackedMove packed) {
+    Move move;
+    move.from = static_cast<u8>(packed);
+    move.to = static_cast<u8>(packed >> 8);
+    move.piece = packed >> 16 & 15;
+    move.captured = packed >> 20 & 15;
+    move.promotion = packed >> 24 & 15;
+    move.flags = narrow<u8>(flags_of_kind(packed >> 28 & 7));
+    return move;
+}
+
+Side root_side() {
+    return position.search_ply % 2 == 0 ? position.side_to_move : other_side(position.side_to_move);
+}
+
+void make_room_on_stack() {
+    if (position.game_ply < GAME_PLY_LIMIT)
+        return;
+    auto& stack = position.position_stack;
+    std::copy(stack.begin() + PLIES_TO_DROP, stack.begin() + position.game_ply + 1, stack.begin());
+    position.game_ply -= PLIES_TO_DROP;
+    position.dropped_plies += PLIES_TO_DROP;
+}
+
+bool position_is_consistent() {
+    const Recount count = recount();
+    const auto us = static_cast<std::size_t>(position.side_to_move), them = us ^ 1;
+    const UndoRecord& here = position.current();
+    return here.key == compute_key() && here.pawn_key == compute_pawn_key() &&
+           here.material_us == count.material[us] && here.material_them == count.material[them] &&
+           here.pst_us == count.pst[us] && here.pst_them == count.pst[them] &&
+           here.pawns_us == count.pawns[us] && here.pawns_them == count.pawns[them] &&
+           here.men_us == count.men[us] && here.men_them == count.men[them] &&
+           list_is_consistent(WHITE, count.men[WHITE]) && list_is_consistent(BLACK, count.men[BLACK]);
+}
+
+}  // namespace quelmar
