@@ -1,0 +1,56 @@
+// Counts the leaves of the legal move tree: perft "FEN" DEPTH. Both generators count, the pseudo-legal one
+// with the search's test of legality, and have to agree.
+#include "board/generate.h"
+#include "board/hash_keys.h"
+#include "board/make_move.h"
+#include "board/move_list.h"
+#include "board/setup.h"
+#include "eval/attacks.h"
+
+#include <chrono>
+#include <cstdio>
+
+using namespace quelmar;
+
+namespace {
+
+constexpr int MAX_DEPTH = 60;
+
+u64 perft(int depth, void (*generate)()) {
+    if (depth == 0)
+        return 1;
+    u64 leaves = 0;
+    generate();
+    for (const Move& move : move_list.current()) {
+        make_move(&move);
+        if (!in_check(other_side(position.side_to_move)))
+            leaves += perft(depth - 1, generate);
+        unmake_move(&move);
+    }
+    return leaves;
+}
+
+u64 timed_perft(const char* name, int depth, void (*generate)()) {
+    const auto start = std::chrono::steady_clock::now();
+    const u64 leaves = perft(depth, generate);
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    std::printf("%-12s %llu leaves, %.3f s\n", name, static_cast<unsigned long long>(leaves),
+                seconds.count());
+    return leaves;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    const int depth = argc == 3 ? std::atoi(argv[2]) : 0;
+    if (depth < 1 || depth > MAX_DEPTH) {
+        std::fprintf(stderr, "usage: perft \"FEN\" DEPTH\n");
+        return 1;
+    }
+    init_hash_keys();
+    if (parse_fen(argv[1]) != 0)
+        return 1;
+    const u64 legal = timed_perft("legal", depth, generate_legal_moves);
+    const u64 pseudo_legal = timed_perft("pseudo-legal", depth, generate_moves);
+    return legal == pseudo_legal ? 0 : 1;
+}
