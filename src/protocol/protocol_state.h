@@ -35,6 +35,7 @@ struct ProtocolState {
     bool ics_computer_opponent = false;
     bool uci_infinite = false;
     bool test_mode = false;                     // EPD test runner: a found mate does not end the search
+    bool searching = false;                     // think() runs: commands come from its input poll
     std::vector<std::string> pending_commands;  // read during a search, to be run after it, in their order
     Move ponder_move;                           // expected from the opponent; empty when from = 0
     Move user_move;                             // last move parsed by parse_move; empty when from = 0

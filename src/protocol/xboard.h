@@ -1,17 +1,18 @@
-// The xboard protocol and the game loop around it.
+// The commands of the xboard protocol.
 #pragma once
 
 #include <string_view>
 
 namespace quelmar {
 
-// Plays, ponders, analyses and waits as the commands say. Returns only through process exit or into UCI.
-[[noreturn]] void game_loop();
-
-// Carries out one command line. Lines that are no command are ignored.
+// Carries out one command line (with its "\n"). Lines that are no command are ignored. "uci" does not return.
 void dispatch_xboard_command(std::string_view line);
 
-// The effect of "new".
+// The same for a line that arrives in the middle of a search: what would change the position, or would search
+// itself, is kept until the search has returned and stops it, the rest acts at once. "?" stops the search.
+void dispatch_xboard_during_search(std::string_view line);
+
+// The effect of "new": the start position, the engine plays Black, clocks as the time control says.
 void new_game();
 
 }  // namespace quelmar

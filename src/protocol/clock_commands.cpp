@@ -1,0 +1,83 @@
+#include "protocol/clock_commands.h"
+
+#include "board/position.h"
+#include "protocol/clocks.h"
+#include "protocol/text_values.h"
+
+#include <algorithm>
+#include <span>
+
+namespace quelmar {
+
+namespace {
+
+constexpr i64 MS_PER_SECOND = 1000, MS_PER_MINUTE = 60000, MS_PER_CENTISECOND = 10;
+
+std::span<UndoRecord> played_entries() {
+    return std::span(position.position_stack).first(static_cast<std::size_t>(position.game_ply) + 1);
+}
+
+void start_all_clocks_afresh() {
+    for (UndoRecord& entry : played_entries())
+        entry.clock = {time_control.fresh_clock(), time_control.fresh_clock()};
+}
+
+struct Level {
+    i32 moves = 0;
+    i32 minutes = 0;
+    i32 seconds = 0;
+    i32 increment = 0;  // seconds
+};
+
+// Fills `field`; false when there is no number or a negative one.
+bool take_amount(std::string_view& text, i32& field) {
+    const auto number = take_number(text);
+    field = number.value_or(-1);
+    return field >= 0;
+}
+
+bool take_character(std::string_view& text, char wanted) {
+    if (!text.starts_with(wanted))
+        return false;
+    text.remove_prefix(1);
+    return true;
+}
+
+bool read_level(std::string_view text, Level& level) {
+    const bool with_seconds = text.find(':') != std::string_view::npos;
+    return take_amount(text, level.moves) && take_amount(text, level.minutes) &&
+           (!with_seconds || (take_character(text, ':') && take_amount(text, level.seconds))) &&
+           take_amount(text, level.increment);
+}
+
+}  // namespace
+
+void set_time_left(Side side, std::string_view centiseconds) {
+    const auto number = read_number(centiseconds);
+    if (!number)
+        return;
+    for (UndoRecord& entry : played_entries())
+        entry.clock[static_cast<std::size_t>(side)].time_left_ms = clamp_to_i32(*number * MS_PER_CENTISECOND);
+}
+
+void set_level(std::string_view arguments) {
+    Level level;
+    if (!read_level(arguments, level))
+        return;
+    time_control.kind = level.moves != 0 ? CLOCK_MOVES_IN_TIME : CLOCK_WHOLE_GAME;
+    time_control.moves_per_control = level.moves;
+    time_control.base_ms = clamp_to_i32(level.minutes * MS_PER_MINUTE + level.seconds * MS_PER_SECOND);
+    time_control.increment_ms = clamp_to_i32(level.increment * MS_PER_SECOND);
+    start_all_clocks_afresh();
+}
+
+void set_seconds_per_move(std::string_view seconds) {
+    const auto number = read_number(seconds);
+    if (!number || *number < 0)
+        return;
+    time_control.kind = CLOCK_PER_MOVE;
+    time_control.base_ms = clamp_to_i32(*number * MS_PER_SECOND);
+    start_all_clocks_afresh();
+}
+
+}  // namespace quelmar

@@ -1,0 +1,16 @@
+// The settings file.
+#pragma once
+
+#include <string_view>
+
+namespace quelmar {
+
+// Reads "quelmar.ini" in the working directory into `settings`. Without the file nothing changes; lines that
+// are not understood are passed over; nothing is ever reported.
+void read_config_file();
+
+// Takes one line of the file (its line end included or not) into `settings`. True when it begins with a key,
+// whether or not its value could be read.
+bool apply_config_line(std::string_view line);
+
+}  // namespace quelmar

@@ -1,0 +1,79 @@
+#include "protocol/epd_test.h"
+
+#include "board/move_text.h"
+#include "board/setup.h"
+#include "protocol/clocks.h"
+#include "protocol/game.h"
+#include "protocol/protocol_state.h"
+#include "protocol/text_values.h"
+#include "search/search_state.h"
+#include "search/time_control.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace quelmar {
+
+namespace {
+
+constexpr std::size_t LONGEST_END_LINE = 9;  // characters, line end included: no position is as short
+
+// Reads a line with its line end; false at the end of the file.
+bool read_line(std::FILE* file, std::string& line) {
+    line.clear();
+    for (int byte = std::getc(file); byte != EOF; byte = std::getc(file)) {
+        line.push_back(static_cast<char>(byte));
+        if (byte == '\n')
+            break;
+    }
+    return !line.empty();
+}
+
+// Returns the nodes searched.
+u64 search_position(const std::string& line) {
+    const bool usable = parse_fen(line.c_str()) == 0;
+    print_board();
+    std::printf("%s\n", line.c_str());
+    if (usable)
+        run_search();
+    std::printf("\n\n");
+    return usable ? search_state.nodes : 0;
+}
+
+void print_summary(u64 nodes, i32 elapsed_ms) {
+    const float seconds = static_cast<float>(elapsed_ms / 1000.0);
+    const float least = 0.001f;  // a suite without positions takes no time at all
+    const float nodes_per_second = static_cast<float>(nodes) / std::max(seconds, least);
+    std::printf("%" PRIu64 " nodes searched, %f seconds.\n", nodes, static_cast<double>(seconds));
+    std::printf("%f nodes per second.\n", static_cast<double>(nodes_per_second));
+}
+
+}  // namespace
+
+void run_epd_test(const char* file_name, std::string_view seconds_text) {
+    constexpr i64 MS_PER_SECOND = 1000;
+    time_control.kind = CLOCK_PER_MOVE;
+    time_control.base_ms = clamp_to_i32(read_number(seconds_text).value_or(0) * MS_PER_SECOND);
+    protocol_state.test_mode = true;
+    protocol_state.own_book = false;
+    protocol_state.post_thinking = true;
+    std::printf("Time per move: %d\n", time_control.base_ms);
+
+    std::FILE* file = std::fopen(file_name, "r");
+    if (!file) {
+        std::printf("Failed to open file!\n");
+        std::exit(EXIT_FAILURE);
+    }
+    const i32 start = clock_ms();
+    u64 nodes = 0;
+    std::string line;
+    while (read_line(file, line) && line.size() > LONGEST_END_LINE)
+        nodes += search_position(line);
+    std::fclose(file);
+    print_summary(nodes, elapsed_since(start));
+}
+
+}  // namespace quelmar

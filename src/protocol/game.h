@@ -1,0 +1,34 @@
+// What the front ends do to the game itself.
+#pragma once
+
+#include "board/types.h"
+
+#include <string>
+
+namespace quelmar {
+
+// Plays a legal move of the current position as a move of the game. The clocks of the new entry are not set
+// yet: charge_clock or update_clocks_after_move has to follow. search_ply counts it until the next root is
+// built.
+void play_game_move(const Move& move);
+
+// Takes the last move of the game back. Needs a usable position and game_ply > 0.
+void take_back_game_move();
+
+// Charges the side that has just moved the time since the last charge, nothing while the clocks stand or
+// before both sides have moved.
+void charge_clock();
+
+// think(), with commands from the input poll known to arrive in the middle of it.
+void run_search();
+
+// Keeps a command until the search has returned; the order of arrival is kept.
+void run_after_search(std::string line);
+
+// The same, and asks the search to end now.
+void stop_search_for(std::string line);
+
+// The side to move in the game, also in the middle of a search.
+Side side_to_play();
+
+}  // namespace quelmar

@@ -1,0 +1,63 @@
+#include "protocol/text_values.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace quelmar {
+
+namespace {
+
+constexpr std::string_view SPACE = " \t\n\r\v\f";
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+}  // namespace
+
+std::string_view skip_space(std::string_view text) {
+    const std::size_t first = text.find_first_not_of(SPACE);
+    return first == std::string_view::npos ? std::string_view{} : text.substr(first);
+}
+
+std::string_view without_line_end(std::string_view text) {
+    if (text.ends_with('\n'))
+        text.remove_suffix(1);
+    if (text.ends_with('\r'))
+        text.remove_suffix(1);
+    return text;
+}
+
+bool begins_with_ignoring_case(std::string_view text, std::string_view prefix) {
+    return text.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), text.begin(),
+                                                      [](char a, char b) { return lower(a) == lower(b); });
+}
+
+std::optional<i32> take_number(std::string_view& text) {
+    std::string_view rest = skip_space(text);
+    const bool negative = rest.starts_with('-');
+    if (negative || rest.starts_with('+'))
+        rest.remove_prefix(1);
+    if (rest.empty() || !is_digit(rest.front()))
+        return std::nullopt;
+
+    constexpr i64 FAR_OUT = i64{1} << 40;  // beyond every i32 and far from overflow
+    i64 value = 0;
+    while (!rest.empty() && is_digit(rest.front())) {
+        value = std::min(FAR_OUT, 10 * value + (rest.front() - '0'));
+        rest.remove_prefix(1);
+    }
+    text = rest;
+    return clamp_to_i32(negative ? -value : value);
+}
+
+i32 clamp_to_i32(i64 value) {
+    return static_cast<i32>(
+        std::clamp<i64>(value, std::numeric_limits<i32>::min(), std::numeric_limits<i32>::max()));
+}
+
+}  // namespace quelmar

@@ -1,0 +1,36 @@
+// Numbers and words out of protocol and settings text.
+#pragma once
+
+#include "board/types.h"
+
+#include <optional>
+#include <string_view>
+
+namespace quelmar {
+
+// What stands in `text` from the character `offset` on; empty when the text is shorter.
+constexpr std::string_view text_from(std::string_view text, std::size_t offset) {
+    return offset < text.size() ? text.substr(offset) : std::string_view{};
+}
+
+// `text` without its leading blanks, tabs, line ends, vertical tabs and form feeds.
+std::string_view skip_space(std::string_view text);
+
+// `text` without the line end it may have.
+std::string_view without_line_end(std::string_view text);
+
+bool begins_with_ignoring_case(std::string_view text, std::string_view prefix);
+
+// Reads a decimal number as scanf's %d does: leading space, a sign, digits; what follows does not matter.
+// Numbers that do not fit become the nearest that does. `text` moves behind the number; without a number it
+// stays where it was.
+std::optional<i32> take_number(std::string_view& text);
+
+inline std::optional<i32> read_number(std::string_view text) {
+    return take_number(text);
+}
+
+// The nearest value that fits.
+i32 clamp_to_i32(i64 value);
+
+}  // namespace quelmar

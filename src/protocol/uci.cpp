@@ -1,0 +1,250 @@
+#include "protocol/uci.h"
+
+#include "board/move_text.h"
+#include "board/position.h"
+#include "board/setup.h"
+#include "protocol/clocks.h"
+#include "protocol/game.h"
+#include "protocol/input.h"
+#include "protocol/protocol_state.h"
+#include "protocol/text_values.h"
+#include "protocol/uci_options.h"
+#include "search/search_state.h"
+#include "search/time_control.h"
+#include "search/transposition.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+namespace quelmar {
+
+namespace {
+
+ProtocolState& state = protocol_state;
+
+// ---- position ----
+
+// Plays one move of the list; false when it is none of the position.
+bool play_listed_move(std::string_view word) {
+    build_root_moves();
+    if (!parse_move(word)) {
+        std::printf("Engine received illegal move!\n");
+        return false;
+    }
+    play_game_move(state.user_move);
+    // No time is charged here, but "go" finds the clocks of the position that was set up.
+    update_clocks_after_move(0);
+    return true;
+}
+
+void play_listed_moves(std::string_view list) {
+    constexpr std::string_view MOVES = "moves";
+    if (!list.starts_with(MOVES))
+        return;
+    list = skip_space(list.substr(MOVES.size()));
+    while (!list.empty()) {
+        const std::size_t length = std::min(list.find(' '), list.size());
+        if (!play_listed_move(list.substr(0, length)))
+            return;
+        list = skip_space(list.substr(length));
+    }
+}
+
+void set_up_position(std::string_view arguments) {
+    constexpr std::string_view START = "startpos", FEN = "fen";
+    arguments = without_line_end(arguments);
+    std::string fen;
+    std::string_view moves;
+    if (arguments.starts_with(START)) {
+        fen = START_FEN;
+        moves = text_from(arguments, START.size() + 1);
+    } else if (arguments.starts_with(FEN)) {
+        const std::string_view rest = text_from(arguments, FEN.size() + 1);
+        const std::size_t length = std::min(rest.find('m'), rest.size());  // no FEN has this letter
+        fen = rest.substr(0, length);
+        moves = rest.substr(length);
+    } else {
+        return;
+    }
+    if (parse_fen(fen.c_str()) == 0)
+        play_listed_moves(moves);
+}
+
+// ---- go ----
+
+// The number behind `word`, wherever the word stands in the line; 0 without it.
+i32 limit(std::string_view line, std::string_view word) {
+    const std::size_t at = line.find(word);
+    if (at == std::string_view::npos)
+        return 0;
+    return read_number(text_from(line, at + word.size() + 1)).value_or(0);
+}
+
+bool has_word(std::string_view line, std::string_view word) {
+    return line.find(word) != std::string_view::npos;
+}
+
+void set_clock(SideClock& clock, std::string_view line, std::string_view time, std::string_view increment) {
+    if (const i32 ms = limit(line, time)) {
+        clock.time_left_ms = ms;
+        clock.kind = CLOCK_WHOLE_GAME;
+    }
+    clock.increment_ms = limit(line, increment);
+}
+
+// Later limits override earlier ones: infinite, then movetime, depth, movestogo.
+void set_limits(SideClock& clock, std::string_view line) {
+    if (const i32 moves = limit(line, "movestogo"); moves > 0) {
+        clock.kind = CLOCK_MOVES_IN_TIME;
+        clock.moves_per_control = moves;
+    }
+    if (const i32 depth = limit(line, "depth"); depth > 0) {
+        clock.kind = CLOCK_FIXED_DEPTH;
+        clock.depth_limit = depth;
+    }
+    if (const i32 ms = limit(line, "movetime")) {
+        clock.kind = CLOCK_PER_MOVE;
+        clock.time_left_ms = ms;
+    }
+    if (state.uci_infinite)
+        clock.kind = CLOCK_UNLIMITED;
+}
+
+void print_best_move() {
+    const int length = search_state.pv_length;
+    const Move best = length > 0 ? search_state.pv[0] : Move{};
+    std::printf("bestmove %s", move_text(best).c_str());
+    if (length > 1)
+        std::printf(" ponder %s", move_text(search_state.pv[1]).c_str());
+    std::printf("\n");
+}
+
+void go(std::string_view line) {
+    if (!position.usable) {
+        std::printf("bestmove %s\n", move_text(Move{}).c_str());
+        return;
+    }
+    auto& [white, black] = position.current().clock;
+    state.uci_infinite = has_word(line, "infinite");
+    set_clock(white, line, "wtime", "winc");
+    set_clock(black, line, "btime", "binc");
+    set_limits(white, line);
+    set_limits(black, line);
+    state.ponder_state = has_word(line, "ponder") ? PONDERING : NOT_PONDERING;
+    run_search();
+    state.ponder_state = NOT_PONDERING;
+    state.uci_infinite = false;
+    print_best_move();
+}
+
+// ---- commands ----
+
+void quit(std::string_view) {
+    std::exit(EXIT_SUCCESS);
+}
+
+void debug_on(std::string_view) {
+    state.uci_debug = true;
+}
+
+void debug_off(std::string_view) {
+    state.uci_debug = false;
+}
+
+void is_ready(std::string_view) {
+    std::printf("readyok\n");
+}
+
+void new_game_follows(std::string_view) {
+    tt_clear();
+}
+
+enum class Meanwhile { AT_ONCE, AFTER_SEARCH };  // when a command acts that arrives during a search
+
+struct Command {
+    std::string_view word;
+    std::size_t arguments_at;  // characters from the start of the line
+    Meanwhile during_search;
+    void (*run)(std::string_view arguments);
+};
+
+using enum Meanwhile;
+
+// The first row whose word begins the line wins.
+// clang-format off
+constexpr Command COMMANDS[] = {
+    {"quit",            5, AT_ONCE,      quit},
+    {"debug on",        9, AT_ONCE,      debug_on},
+    {"debug off",      10, AT_ONCE,      debug_off},
+    {"isready",         8, AT_ONCE,      is_ready},
+    {"position",        9, AFTER_SEARCH, set_up_position},
+    {"ucinewgame",     11, AFTER_SEARCH, new_game_follows},
+    {"go",              0, AFTER_SEARCH, go},
+    {"setoption name", 15, AFTER_SEARCH, set_uci_option},
+};
+// clang-format on
+
+const Command* find_command(std::string_view line) {
+    for (const Command& command : COMMANDS) {
+        if (line.starts_with(command.word))
+            return &command;
+    }
+    return nullptr;
+}
+
+void echo_when_debugging(std::string_view line) {
+    if (state.uci_debug)
+        std::printf("engine recieved command: %.*s", static_cast<int>(line.size()), line.data());
+}
+
+void run_command(std::string_view line) {
+    if (const Command* command = find_command(line))
+        command->run(text_from(line, command->arguments_at));
+}
+
+}  // namespace
+
+void enter_uci() {
+    state.uci_mode = true;
+    state.xboard_mode = false;
+    // No UCI command ends these, and a search under them would have no end.
+    state.analyze_mode = false;
+    state.ponder_state = NOT_PONDERING;
+
+    std::printf("id name %s %s\nid author Edrin Talvose\n", ENGINE_NAME, ENGINE_VERSION);
+    print_uci_options();
+    std::printf("uciok\n");
+    for (;;) {
+        if (state.pending_commands.empty()) {
+            dispatch_uci_command(read_command());
+        } else {
+            const std::string line = std::move(state.pending_commands.front());
+            state.pending_commands.erase(state.pending_commands.begin());
+            run_command(line);
+        }
+    }
+}
+
+void dispatch_uci_command(std::string_view line) {
+    echo_when_debugging(line);
+    run_command(line);
+}
+
+void dispatch_uci_during_search(std::string_view line) {
+    const Command* command = find_command(line);
+    if (line.starts_with("stop")) {
+        state.abort_search = true;
+    } else if (line.starts_with("ponderhit")) {
+        if (state.ponder_state == PONDERING)
+            state.ponder_state = PONDER_HIT;
+    } else if (command && command->during_search == AFTER_SEARCH) {
+        echo_when_debugging(line);
+        run_after_search(std::string(line));
+    } else {
+        dispatch_uci_command(line);
+    }
+}
+
+}  // namespace quelmar

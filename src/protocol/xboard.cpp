@@ -1,0 +1,369 @@
+// One row per command, one function per row.
+//
+// The first row whose word begins the line wins ("stop" runs "st", "newgame" runs "new"), so the order of the
+// rows is behaviour. Arguments begin at a fixed distance from the start of the line: the word and one blank.
+
+#include "protocol/xboard.h"
+
+#include "board/move_text.h"
+#include "board/position.h"
+#include "board/setup.h"
+#include "eval/evaluate.h"
+#include "protocol/benchmark.h"
+#include "protocol/clock_commands.h"
+#include "protocol/clocks.h"
+#include "protocol/game.h"
+#include "protocol/protocol_state.h"
+#include "protocol/root_view.h"
+#include "protocol/settings.h"
+#include "protocol/text_values.h"
+#include "protocol/uci.h"
+#include "search/search_state.h"
+#include "search/thinking.h"
+#include "search/time_control.h"
+#include "search/transposition.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+namespace quelmar {
+
+namespace {
+
+constexpr int UCI_START_HASH_MB = 2;  // until the interface says what it wants
+
+ProtocolState& state = protocol_state;
+
+bool pondering() {
+    return state.searching && state.ponder_state == PONDERING;
+}
+
+// Prints `text` on a line of its own behind `prefix`; the line end it was received with serves.
+void echo(const char* prefix, std::string_view text) {
+    const std::string_view bare = without_line_end(text);
+    std::printf("%s%.*s\n", prefix, static_cast<int>(bare.size()), bare.data());
+}
+
+void assign_engine(Side side) {
+    state.engine_white = side == WHITE;
+    state.engine_black = side == BLACK;
+}
+
+void leave_running_game() {
+    state.clock_running = false;
+    state.ponder_state = NOT_PONDERING;
+}
+
+void switch_to_uci(std::string_view) {
+    state.uci_debug = false;
+    state.uci_mode = true;
+    state.own_book = settings.own_book_default != 0;
+    settings.hash_mb = UCI_START_HASH_MB;
+    tt_allocate();
+    settings.resign_enabled = 0;
+    enter_uci();
+}
+
+void xboard(std::string_view) {
+    state.xboard_mode = true;
+}
+
+void ics(std::string_view arguments) {
+    const std::string_view host = without_line_end(arguments);
+    state.ics_mode = !host.empty() && !host.starts_with('-');
+    if (state.ics_mode)
+        std::printf("tellics set 1 %s version %s\n", ENGINE_NAME, ENGINE_VERSION);
+}
+
+void announce_features(std::string_view) {
+    constexpr const char* FEATURES[] = {
+        "done=0",   "ping=1",    "setboard=1", "san=0",     "usermove=1", "time=1",
+        "sigint=0", "sigterm=0", "reuse=1",    "analyze=1", "ics=1",      "colors=0",
+    };
+    for (const char* feature : FEATURES)
+        std::printf("feature %s\n", feature);
+    std::printf("feature myname=\"%s %s\"\n", ENGINE_NAME, ENGINE_VERSION);
+    std::printf("feature done=1\n");
+}
+
+void ignore(std::string_view) {}
+
+void diagram(std::string_view) {
+    const RootView root;
+    print_board();
+}
+
+void eval(std::string_view) {
+    if (!position.usable)
+        return;
+    const RootView root;
+    std::printf("Score: %d\n", evaluate());
+}
+
+void bench(std::string_view) {
+    run_benchmark();
+}
+
+void start_new_game(std::string_view) {
+    new_game();
+}
+
+void post(std::string_view) {
+    state.post_thinking = true;
+}
+
+void no_post(std::string_view) {
+    state.post_thinking = false;
+}
+
+void quit(std::string_view) {
+    std::exit(EXIT_SUCCESS);
+}
+
+void random(std::string_view) {
+    state.random_mode = !state.random_mode;
+}
+
+void force(std::string_view) {
+    state.force_mode = true;
+    leave_running_game();
+}
+
+void analyze(std::string_view) {
+    state.analyze_mode = true;
+    state.own_book = false;
+    leave_running_game();
+}
+
+void analysis_status(std::string_view) {
+    if (state.analyze_mode)
+        print_stat01();
+}
+
+void easy(std::string_view) {
+    state.easy_mode = true;
+}
+
+void hard(std::string_view) {
+    state.easy_mode = false;
+}
+
+// While the engine ponders, "go" means that it shall move for the opponent, which needs the ponder move off
+// the board.
+void go(std::string_view) {
+    if (!position.usable)
+        return;
+    if (pondering()) {
+        stop_search_for("go\n");
+        return;
+    }
+    state.force_mode = false;
+    state.clock_running = true;
+    assign_engine(side_to_play());
+}
+
+Side engine_side() {
+    return state.engine_white ? WHITE : BLACK;
+}
+
+void engine_time(std::string_view centiseconds) {
+    set_time_left(engine_side(), centiseconds);
+}
+
+void opponent_time(std::string_view centiseconds) {
+    set_time_left(other_side(engine_side()), centiseconds);
+}
+
+void take_back(int moves) {
+    for (; moves > 0 && position.usable && position.game_ply > 0; --moves)
+        take_back_game_move();
+}
+
+void undo(std::string_view) {
+    take_back(1);
+}
+
+void remove(std::string_view) {
+    take_back(2);
+    state.ponder_state = NOT_PONDERING;
+}
+
+// Stores the move of the current position that `text` names in user_move.
+bool understand_move(std::string_view text) {
+    const RootView root;  // the list of legal moves that explains a failure ends with the board
+    if (parse_move(without_line_end(text)))
+        return true;
+    echo("Illegal move: ", text);
+    return false;
+}
+
+void answer_prediction() {
+    const Move &expected = state.ponder_move, &played = state.user_move;
+    if (same_squares(expected, played) && expected.promotion == played.promotion) {
+        std::printf("Correct move predicted!\n");
+        state.ponder_state = PONDER_HIT;  // from now on it is the search for our move
+        update_root_clock(root_side(), 0);
+        state.last_clock_stamp = clock_ms();
+    } else {
+        std::printf("Failed to predict move.\n");
+        state.abort_search = true;
+        state.ponder_state = NOT_PONDERING;
+    }
+}
+
+// In the middle of a search only the opponent's answer while we ponder and the next move of an analysis can
+// be acted upon; the game loop plays them when the search has unwound. A move sent while the engine thinks
+// waits until it is the opponent's turn.
+void usermove(std::string_view text) {
+    if (state.searching && !pondering() && !state.analyze_mode) {
+        run_after_search("usermove " + std::string(text));
+        return;
+    }
+    if (!understand_move(text))
+        return;
+    if (pondering()) {
+        answer_prediction();
+    } else if (state.searching) {
+        update_root_clock(root_side(), 0);
+        state.abort_search = true;
+    } else {
+        play_game_move(state.user_move);
+        echo("made move ", text);
+        std::printf("\n");
+        charge_clock();
+        state.clock_running = !state.force_mode;
+    }
+}
+
+void ping(std::string_view number) {
+    echo("pong ", number);
+}
+
+void computer(std::string_view) {
+    if (state.ics_mode)
+        state.ics_computer_opponent = true;
+}
+
+void set_board(std::string_view fen) {
+    parse_fen(std::string(fen).c_str());
+    state.force_mode = true;
+    assign_engine(position.side_to_move);
+    state.game_over = false;
+    leave_running_game();
+}
+
+void hint(std::string_view) {
+    if (state.ponder_move.from != 0)
+        std::printf("Hint: %s\n", move_text(state.ponder_move).c_str());
+}
+
+enum class Meanwhile { AT_ONCE, AFTER_SEARCH };  // when a command acts that arrives during a search
+
+struct Command {
+    std::string_view word;
+    std::size_t arguments_at;  // characters from the start of the line
+    Meanwhile during_search;
+    void (*run)(std::string_view arguments);
+};
+
+using enum Meanwhile;
+
+// clang-format off
+constexpr Command COMMANDS[] = {
+    {"uci",       4, AFTER_SEARCH, switch_to_uci},
+    {"xboard",    7, AT_ONCE,      xboard},
+    {"ics",       4, AT_ONCE,      ics},
+    {"protover",  9, AT_ONCE,      announce_features},
+    {"rejected",  9, AT_ONCE,      ignore},
+    {"accepted",  9, AT_ONCE,      ignore},
+    {"diagram",   8, AT_ONCE,      diagram},
+    {"eval",      5, AT_ONCE,      eval},
+    {"bench",     6, AFTER_SEARCH, bench},
+    {"new",       4, AFTER_SEARCH, start_new_game},
+    {"post",      5, AT_ONCE,      post},
+    {"nopo",      5, AT_ONCE,      no_post},
+    {"quit",      5, AT_ONCE,      quit},
+    {"random",    7, AT_ONCE,      random},
+    {"force",     6, AFTER_SEARCH, force},
+    {"analyze",   8, AFTER_SEARCH, analyze},
+    {".",         1, AT_ONCE,      analysis_status},
+    {"easy",      5, AT_ONCE,      easy},
+    {"hard",      5, AT_ONCE,      hard},
+    {"go",        3, AT_ONCE,      go},
+    {"time",      5, AT_ONCE,      engine_time},
+    {"otim",      5, AT_ONCE,      opponent_time},
+    {"level",     6, AT_ONCE,      set_level},
+    {"st",        3, AT_ONCE,      set_seconds_per_move},
+    {"undo",      5, AFTER_SEARCH, undo},
+    {"remove",    7, AFTER_SEARCH, remove},
+    {"usermove",  9, AT_ONCE,      usermove},
+    {"ping",      5, AT_ONCE,      ping},
+    {"draw",      5, AT_ONCE,      ignore},
+    {"result",    7, AT_ONCE,      ignore},
+    {"computer",  9, AT_ONCE,      computer},
+    {"setboard",  9, AFTER_SEARCH, set_board},
+    {"hint",      5, AT_ONCE,      hint},
+};
+// clang-format on
+
+const Command* find_command(std::string_view line) {
+    for (const Command& command : COMMANDS) {
+        if (line.starts_with(command.word))
+            return &command;
+    }
+    return nullptr;
+}
+
+// On a chess server the last seconds belong to the line.
+void keep_safety_margin(UndoRecord& first) {
+    constexpr i32 LONG_GAME_MS = 240000, SHORT_GAME_MARGIN = 5000;
+    constexpr std::array<i32, 2> LONG_GAME_MARGIN = {10000, 15000};
+    for (std::size_t side = 0; side < 2; ++side) {
+        const bool long_game = time_control.base_ms >= LONG_GAME_MS;
+        first.clock[side].time_left_ms =
+            time_control.base_ms - (long_game ? LONG_GAME_MARGIN[side] : SHORT_GAME_MARGIN);
+    }
+}
+
+}  // namespace
+
+void dispatch_xboard_command(std::string_view line) {
+    if (const Command* command = find_command(line))
+        command->run(text_from(line, command->arguments_at));
+}
+
+void dispatch_xboard_during_search(std::string_view line) {
+    const Command* command = find_command(line);
+    if (line.starts_with('?'))
+        state.abort_search = true;
+    else if (command && command->during_search == AFTER_SEARCH)
+        stop_search_for(std::string(line));
+    else if (command)
+        command->run(text_from(line, command->arguments_at));
+}
+
+void new_game() {
+    parse_fen(START_FEN);
+    state.force_mode = false;
+    state.analyze_mode = false;
+    state.own_book = true;
+    assign_engine(BLACK);
+    state.post_thinking = true;
+    state.ics_computer_opponent = false;
+    state.clock_running = true;
+    state.random_mode = false;
+    state.abort_search = false;
+    state.ponder_state = NOT_PONDERING;
+    search_state.last_score = 0;
+    search_state.iteration = 0;
+    reset_search();
+    clear_last_pv_text();
+
+    UndoRecord& first = position.current();
+    first.clock = {time_control.fresh_clock(), time_control.fresh_clock()};
+    if (state.ics_mode)
+        keep_safety_margin(first);
+}
+
+}  // namespace quelmar
