@@ -3,22 +3,11 @@
 #include "eval/square_tables.h"
 
 #include "eval/attacks.h"
+#include "eval/drawn_table.h"
 
 namespace quelmar {
 
 namespace {
-
-using SquareValues = std::array<i8, BOARD_SIZE>;
-using Drawing = std::array<std::array<int, 8>, 8>;
-
-consteval SquareValues on_board(const Drawing& drawing) {
-    SquareValues values{};
-    for (int i = 0; i < 64; ++i) {
-        const auto row = static_cast<std::size_t>(7 - i / 8), column = static_cast<std::size_t>(i % 8);
-        values[static_cast<std::size_t>(square_at(i % 8, i / 8))] = static_cast<i8>(drawing[row][column]);
-    }
-    return values;
-}
 
 // clang-format off
 constexpr SquareValues PAWN_PLACEMENT = on_board({{

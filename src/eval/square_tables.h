@@ -25,12 +25,14 @@ inline int placement_of(Piece piece, Square square) {
 // Placement of either king in an endgame, not mirrored.
 extern const std::array<i8, BOARD_SIZE> king_endgame_square;
 
+// Mirror a playing square in ranks (a1 <-> a8) and in files (a1 <-> h1).
 constexpr Square flip_rank(Square square) {
-    return square_at(file_of(square), 7 - rank_of(square));
+    return square ^ 0xF0;
 }
 constexpr Square flip_file(Square square) {
-    return square_at(7 - file_of(square), rank_of(square));
+    return square ^ 7;
 }
+static_assert(flip_rank(A1) == A8 && flip_rank(square_at(7, 3)) == square_at(7, 4) && flip_file(A8) == H8);
 constexpr int file_mask(int file) {
     return 1 << file;
 }
@@ -49,8 +51,8 @@ struct DifferenceTable {
 // King moves between two squares: the larger of the file and rank differences. distance[a - b]
 extern const DifferenceTable distance;
 
-// The step from b towards a when a man of that kind on a attacks b on an empty board, else 0. x_direction[a -
-// b]
+// The step from b towards a when a man of that kind on a attacks b on an empty board, else 0.
+// Index: a - b.
 extern const DifferenceTable knight_direction, bishop_direction, rook_direction, king_direction;
 extern const DifferenceTable line_step;  // bishop and rook lines together
 

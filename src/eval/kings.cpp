@@ -1,0 +1,263 @@
+// The kings and the back rank: shelter, danger, pawn storms, boxed rooks, development.
+//
+// Shelter, danger and storm count only while there is more than an ending's material; the playing style
+// decides whether shelter counts at all and how much danger weighs.
+#include "eval/drawn_table.h"
+#include "eval/eval_context.h"
+#include "protocol/settings.h"
+
+#include <algorithm>
+
+namespace quelmar {
+
+namespace {
+
+// Danger index of an undisturbed king by where it stands, White's view.
+// clang-format off
+constexpr SquareBytes KING_ZONE_BASE = on_board<SquareBytes>({{
+    //a  b  c  d  e  f  g  h
+    { 4, 4, 4, 4, 4, 4, 4, 4 },  // 8
+    { 4, 4, 4, 4, 4, 4, 4, 4 },
+    { 4, 4, 4, 4, 4, 4, 4, 4 },
+    { 4, 4, 4, 4, 4, 4, 4, 4 },
+    { 4, 4, 4, 4, 4, 4, 4, 4 },
+    { 3, 3, 3, 3, 3, 3, 3, 3 },
+    { 2, 1, 1, 1, 1, 1, 1, 2 },
+    { 1, 0, 0, 0, 0, 0, 0, 1 },
+}});
+
+// Danger index by the kinds that attack the zone: pawn 1, minor 2, rook 4, queen 8, king 16.
+constexpr std::array<u8, 32> ATTACKER_KINDS = {
+    0, 0, 0, 0, 0, 1, 1, 2,  1, 2, 2, 2, 3, 3, 3, 3,
+    0, 0, 0, 0, 0, 1, 2, 2,  3, 3, 3, 3, 3, 3, 3, 3,
+};
+
+// By danger index, in units that 4096ths of the enemy's non-pawn material turn into points; the last entry
+// stands for all higher indices.
+constexpr std::array<u16, 30> DANGER = {
+      0,   1,   2,   5,  10,  17,  25,  34,  55,  68,
+     84, 104, 130, 170, 210, 250, 290, 330, 370, 410,
+    450, 490, 520, 550, 590, 630, 670, 710, 750, 760,
+};
+constexpr int DANGER_SHIFT = 12;
+
+// By weighted count of men at home; the last entry stands for all higher counts.
+constexpr std::array<i16, 32> DEVELOPMENT = {
+       0,    0,   -1,   -2,   -3,   -5,   -8,  -12,
+     -16,  -20,  -26,  -32,  -38,  -48,  -58,  -68,
+     -78,  -88,  -98, -108, -118, -128, -138, -148,
+    -158, -168, -178, -188, -198, -208, -218, -228,
+};
+// clang-format on
+
+bool style_has_shelter() {
+    return settings.style != STYLE_AGGRESSIVE && settings.style != STYLE_SUICIDAL;
+}
+
+template <Side Us> bool own_bishop_on(Square square) {
+    return position.at(square) == Facing<Us>::OUR_BISHOP;
+}
+
+template <Side Us> bool own_man_on(Square square) {
+    return is_man_of(position.at(square), Us);
+}
+
+// A pawn or bishop beside the king, with the pawn diagonally before the bishop's side.
+template <Side Us> int neighbour_cover(Square square) {
+    if (own_pawn_on<Us>(square))
+        return 5;
+    if (own_bishop_on<Us>(square))
+        return own_pawn_on<Us>(square + Facing<Us>::FORWARD) ? 5 : 3;
+    return 0;
+}
+
+template <Side Us> int front_cover(Square king) {
+    const Square front = king + Facing<Us>::FORWARD, far = front + Facing<Us>::FORWARD;
+    const bool diagonal_pawn = own_pawn_on<Us>(front - 1) || own_pawn_on<Us>(front + 1);
+    int cover = 0;
+    if (own_pawn_on<Us>(front))
+        cover += diagonal_pawn ? 14 : 10;
+    else if (own_bishop_on<Us>(front))
+        cover += diagonal_pawn && own_pawn_on<Us>(far) ? 7 : 4;
+    if (own_pawn_on<Us>(far))
+        cover += own_pawn_on<Us>(far - 1) || own_pawn_on<Us>(far + 1) ? 4 : 3;
+    return cover;
+}
+
+// Pawns and bishops that cover the king; the state of the centre says how much that matters.
+template <Side Us> int shelter(const EvalContext& context) {
+    const Square king = context.of(Us).king, front = king + Facing<Us>::FORWARD;
+    constexpr int DIAGONAL_PAWN = 7;
+    int cover = neighbour_cover<Us>(king - 1) + neighbour_cover<Us>(king + 1) + front_cover<Us>(king) +
+                DIAGONAL_PAWN * (own_pawn_on<Us>(front - 1) + own_pawn_on<Us>(front + 1));
+    switch (context.pawns.structure_type) {
+    case CENTRE_OPEN:
+        return 2 * cover;
+    case CENTRE_CLOSED:
+        return cover;
+    default:
+        return cover + cover / 2;
+    }
+}
+
+// Enemy attacks on the squares around a king.
+template <Side Us> struct KingZone {
+    static constexpr int DEFENDED_BY_KING_ALONE = ATTACK_KING + 1;
+    int count = 0, kinds = 0;
+
+    void add_far(Square square) {
+        if (position.at(square) != OFF_BOARD)
+            kinds |= attack_byte(Facing<Us>::THEM, square);
+    }
+    void add_near(Square square) {
+        if (position.at(square) == OFF_BOARD)
+            return;
+        const int attacks = attack_byte(Facing<Us>::THEM, square);
+        if (attacks == 0)
+            return;
+        kinds |= attacks;
+        count += attack_byte(Us, square) == DEFENDED_BY_KING_ALONE ? 2 : 1;
+    }
+    void add_front(Square square) {
+        if (position.at(square) == OFF_BOARD)
+            return;
+        count += !own_man_on<Us>(square);
+        add_near(square);
+    }
+};
+
+template <Side Us> int king_danger(const EvalContext& context) {
+    constexpr int FORWARD = Facing<Us>::FORWARD;
+    const Square king = context.of(Us).king;
+    KingZone<Us> zone{value_at(KING_ZONE_BASE, seen_by<Us>(king)), 0};
+    for (const int side_step : {-1, 0, 1}) {
+        zone.add_far(king + 2 * FORWARD + side_step);
+        zone.add_front(king + FORWARD + side_step);
+        zone.add_near(king - FORWARD + side_step);
+    }
+    zone.add_near(king + 1);
+    zone.add_near(king - 1);
+
+    const int index = zone.count + entry_of(ATTACKER_KINDS, zone.kinds >> ATTACK_KIND_SHIFT);
+    const int danger = entry_of(DANGER, std::min(index, static_cast<int>(DANGER.size()) - 1));
+    return -(danger * context.of(Facing<Us>::THEM).non_pawn) >> DANGER_SHIFT;  // rounds down
+}
+
+bool queen_side_king(Square king) {
+    return file_of(king) <= FILE_D;
+}
+bool king_side_king(Square king) {
+    return file_of(king) >= FILE_F;
+}
+
+// Advanced pawns before an enemy king that has gone to the other wing than ours.
+template <Side Us> int storm(const EvalContext& context) {
+    const Square own = context.of(Us).king, enemy = context.of(Facing<Us>::THEM).king;
+    if (queen_side_king(own) && king_side_king(enemy))
+        return context.pawns.of(Us).storm_king_side;
+    if (king_side_king(own) && queen_side_king(enemy))
+        return context.pawns.of(Us).storm_queen_side;
+    return 0;
+}
+
+// `place` names a square as White sees it from the first rank.
+template <Side Us> Piece man_on(Square place) {
+    return position.at(Facing<Us>::mirror(place));
+}
+
+template <Side Us> bool has_castling_right(const EvalContext& context, int white_right) {
+    const int right = Us == WHITE ? white_right : white_right << 2;
+    return (context.here.castle_lost & right) == 0;
+}
+
+// A king that walked instead of castling and shut its own rook in.
+template <Side Us> int boxed_rook(const EvalContext& context) {
+    using Face = Facing<Us>;
+    constexpr int BOXED = -64, BOXED_FOR_GOOD = -94;
+    constexpr Square H2 = square_at(FILE_H, RANK_2), G2 = square_at(FILE_G, RANK_2),
+                     H3 = square_at(FILE_H, RANK_3), A2 = square_at(FILE_A, RANK_2);
+    const Square king = seen_by<Us>(context.of(Us).king);
+    const auto rook_on = [](Square place) { return man_on<Us>(place) == Face::OUR_ROOK; };
+    const auto pawn_on_file = [&](int file) {
+        return (context.pawns.of(Us).pawn_files & file_mask(file)) != 0;
+    };
+    if ((king == F1 || king == G1) && (rook_on(H1) || rook_on(H2)) &&
+        !has_castling_right<Us>(context, CASTLE_WHITE_SHORT) && pawn_on_file(FILE_H)) {
+        const bool for_good = man_on<Us>(H2) == Face::OUR_PAWN && man_on<Us>(G2) == EMPTY &&
+                              man_on<Us>(H3) == Face::THEIR_BISHOP;
+        return for_good ? BOXED_FOR_GOOD : BOXED;
+    }
+    if ((king == C1 || king == B1) && (rook_on(A1) || rook_on(A2) || rook_on(B1)) &&
+        !has_castling_right<Us>(context, CASTLE_WHITE_LONG) && pawn_on_file(FILE_A))
+        return BOXED;
+    return 0;
+}
+
+// How much a bishop on the first rank is out of play. In a corner the long diagonal counts, elsewhere
+// whether both ways out are shut.
+template <Side Us> int bishop_at_home(Square square) {
+    constexpr int PLAIN = 3, SHUT_IN = 7, CORNER_PAWN = 9, CORNER_PIECE = 7, CORNER_SECOND_PAWN = 2;
+    constexpr int FORWARD = Facing<Us>::FORWARD;
+    const int file = file_of(square);
+    if (file != FILE_A && file != FILE_H)
+        return own_man_on<Us>(square + FORWARD - 1) && own_man_on<Us>(square + FORWARD + 1) ? SHUT_IN : PLAIN;
+    const int inward = file == FILE_A ? FORWARD + 1 : FORWARD - 1;
+    const int first = own_pawn_on<Us>(square + inward)  ? CORNER_PAWN
+                      : own_man_on<Us>(square + inward) ? CORNER_PIECE
+                                                        : PLAIN;
+    return own_pawn_on<Us>(square + 2 * inward) ? first + CORNER_SECOND_PAWN : first;
+}
+
+template <Side Us> int development(const EvalContext& context) {
+    constexpr int BLOCKED_ROOK = 1, KNIGHT_AT_HOME = 5;
+    int at_home = 0;
+    for (int file = FILE_A; file <= FILE_H; ++file) {
+        const Square square = Facing<Us>::mirror(square_at(file, RANK_1));
+        switch (position.at(square)) {
+        case Facing<Us>::OUR_ROOK:
+            at_home += (context.pawns.of(Us).pawn_files & file_mask(file)) != 0 ? BLOCKED_ROOK : 0;
+            break;
+        case Facing<Us>::OUR_KNIGHT:
+            at_home += KNIGHT_AT_HOME;
+            break;
+        case Facing<Us>::OUR_BISHOP:
+            at_home += bishop_at_home<Us>(square);
+            break;
+        default:
+            break;
+        }
+    }
+    return entry_of(DEVELOPMENT, std::min(at_home, static_cast<int>(DEVELOPMENT.size()) - 1));
+}
+
+template <Side Us> KingScore score_king(const EvalContext& context) {
+    KingScore score;
+    if (context.total_material() > ENDING_MATERIAL) {
+        if (style_has_shelter())
+            score.shelter = shelter<Us>(context);
+        score.danger = king_danger<Us>(context);
+        score.storm = storm<Us>(context);
+    }
+    score.boxed_rook = boxed_rook<Us>(context);
+    score.development = development<Us>(context);
+    return score;
+}
+
+}  // namespace
+
+int king_safety_weight() {
+    switch (settings.style) {
+    case STYLE_NORMAL:
+        return 1;
+    case STYLE_SUICIDAL:
+        return 3;
+    default:
+        return 2;
+    }
+}
+
+std::array<KingScore, 2> score_kings(const EvalContext& context) {
+    return {score_king<WHITE>(context), score_king<BLACK>(context)};
+}
+
+}  // namespace quelmar

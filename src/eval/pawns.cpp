@@ -1,0 +1,232 @@
+#include "eval/pawns.h"
+
+#include "board/position.h"
+#include "eval/drawn_table.h"
+#include "eval/eval_context.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace quelmar {
+
+namespace {
+
+constexpr u32 PAWN_TABLE_SIZE = 16384;
+std::array<PawnEntry, PAWN_TABLE_SIZE> pawn_table;
+
+// How threatening a pawn is on its way to a king on that wing; White's view.
+// clang-format off
+constexpr SquareValues STORM_KING_SIDE = on_board({{
+    //a   b   c   d   e   f   g   h
+    { 0,  0,  0,  0,  0,  0,  0,  0 },  // 8
+    { 0,  0,  0,  0,  0,  7,  9,  7 },
+    { 0,  0,  0,  0,  2,  6,  9,  8 },
+    { 0,  0,  0,  0,  2,  4,  6,  6 },
+    { 0,  0,  0,  0,  2,  2,  2,  2 },
+    { 0,  0,  0, -1, -2, -3, -4, -4 },
+    { 0,  0,  0, -1, -3, -5, -6, -6 },
+    { 0,  0,  0,  0,  0,  0,  0,  0 },
+}});
+
+constexpr SquareValues STORM_QUEEN_SIDE = on_board({{
+    { 0,  0,  0,  0,  0,  0,  0,  0 },  // 8
+    { 7,  9,  9,  7,  0,  0,  0,  0 },
+    { 7,  9,  9,  7,  0,  0,  0,  0 },
+    { 5,  7,  7,  5,  0,  0,  0,  0 },
+    { 2,  4,  5,  4,  2,  0,  0,  0 },
+    {-1, -2, -2, -2, -1,  0,  0,  0 },
+    {-5, -5, -5, -3, -1,  0,  0,  0 },
+    { 0,  0,  0,  0,  0,  0,  0,  0 },
+}});
+// clang-format on
+
+// Penalty by the number of passed and weak pawns of a side; the last entry stands for all higher counts.
+constexpr std::array<u8, 7> WEAK_COUNT = {0, 0, 2, 5, 10, 18, 30};
+
+// A side's passed and weak pawns, those that a full list leaves out included.
+struct ListCounts {
+    std::size_t isolated = 0, doubled = 0, isolated_rear = 0, backward = 0, passed = 0;
+};
+
+template <std::size_t SIZE> void put(std::array<u8, SIZE>& list, std::size_t& count, Square square) {
+    if (count < SIZE)
+        list[count] = static_cast<u8>(square);
+    ++count;
+}
+
+template <Side Us> bool beside_own_pawn(Square square) {
+    return own_pawn_on<Us>(square - 1) || own_pawn_on<Us>(square + 1);
+}
+
+template <Side Us> bool is_passed(Square pawn) {
+    for (Square square = pawn + Facing<Us>::FORWARD; Facing<Us>::rank(square) <= RANK_7;
+         square += Facing<Us>::FORWARD) {
+        if (enemy_pawn_on<Us>(square) || enemy_pawn_on<Us>(square - 1) || enemy_pawn_on<Us>(square + 1))
+            return false;
+    }
+    return true;
+}
+
+template <Side Us> bool own_pawn_along(Square pawn, int step) {
+    for (Square square = pawn + step; position.at(square) != OFF_BOARD; square += step) {
+        if (own_pawn_on<Us>(square))
+            return true;
+    }
+    return false;
+}
+
+template <Side Us> bool is_isolated(Square pawn) {
+    for (int rank = RANK_2; rank <= RANK_7; ++rank) {
+        if (beside_own_pawn<Us>(square_at(file_of(pawn), rank)))
+            return false;
+    }
+    return true;
+}
+
+// Whether an own pawn on a neighbouring file stands beside `square` or behind it.
+template <Side Us> bool supported_at(Square square) {
+    for (; position.at(square) != OFF_BOARD; square -= Facing<Us>::FORWARD) {
+        if (beside_own_pawn<Us>(square))
+            return true;
+    }
+    return false;
+}
+
+// A pawn that cannot advance past enemy pawns and that no other pawn can come to help.
+template <Side Us> bool is_backward(Square pawn) {
+    const Square front = pawn + Facing<Us>::FORWARD;
+    if (attacked_by_enemy_pawn<Us>(front))
+        return !supported_at<Us>(pawn);
+    return Facing<Us>::rank(pawn) >= RANK_2 && Facing<Us>::rank(pawn) <= RANK_4 &&
+           attacked_by_enemy_pawn<Us>(front + Facing<Us>::FORWARD) && !supported_at<Us>(front);
+}
+
+template <Side Us> int chain_bonus(Square pawn) {
+    const bool back = Facing<Us>::rank(pawn) <= RANK_3;
+    if (own_pawn_on<Us>(pawn + 1))
+        return back ? 4 : 10;
+    if (beside_own_pawn<Us>(pawn - Facing<Us>::FORWARD))
+        return back ? 3 : 7;
+    return 0;
+}
+
+template <Side Us> int storm_value(const SquareValues& table, Square pawn) {
+    const int value = value_at(table, seen_by<Us>(pawn));
+    return beside_own_pawn<Us>(pawn) ? value + (value >> 1) : value;
+}
+
+template <Side Us> void count_pawn(SidePawns& pawns, Square pawn) {
+    const int file = file_of(pawn);
+    const bool central = file >= FILE_C && file <= FILE_F;
+    if (is_dark(pawn)) {
+        ++pawns.dark_pawns;
+        pawns.central_dark = static_cast<u8>(pawns.central_dark + central);
+    } else {
+        ++pawns.light_pawns;
+        pawns.central_light = static_cast<u8>(pawns.central_light + central);
+    }
+    pawns.pawn_files = static_cast<u8>(pawns.pawn_files | file_mask(file));
+    pawns.lowest_file = static_cast<i8>(std::min<int>(pawns.lowest_file, file));
+    pawns.highest_file = static_cast<i8>(std::max<int>(pawns.highest_file, file));
+    pawns.structure_bonus = static_cast<i8>(pawns.structure_bonus + chain_bonus<Us>(pawn));
+    pawns.storm_king_side = static_cast<i8>(pawns.storm_king_side + storm_value<Us>(STORM_KING_SIDE, pawn));
+    pawns.storm_queen_side =
+        static_cast<i8>(pawns.storm_queen_side + storm_value<Us>(STORM_QUEEN_SIDE, pawn));
+}
+
+template <Side Us> void list_pawn(SidePawns& pawns, ListCounts& counts, Square pawn) {
+    if (is_passed<Us>(pawn))
+        put(pawns.passed, counts.passed, pawn);
+    if (own_pawn_along<Us>(pawn, -Facing<Us>::FORWARD))
+        put(pawns.doubled, counts.doubled, pawn);
+    if (is_isolated<Us>(pawn)) {
+        if (own_pawn_along<Us>(pawn, Facing<Us>::FORWARD))
+            put(pawns.isolated_rear, counts.isolated_rear, pawn);
+        else
+            put(pawns.isolated, counts.isolated, pawn);
+    } else if (is_backward<Us>(pawn)) {
+        put(pawns.backward, counts.backward, pawn);
+    }
+}
+
+template <Side Us> void classify_side(SidePawns& pawns) {
+    pawns = SidePawns{};
+    pawns.lowest_file = FILE_H + 1;
+    pawns.highest_file = FILE_A - 1;
+    ListCounts counts;
+    for (Square square = position.first_of(Us); square != LIST_END; square = position.next_man(square)) {
+        if (!own_pawn_on<Us>(square))
+            continue;
+        count_pawn<Us>(pawns, square);
+        list_pawn<Us>(pawns, counts, square);
+    }
+    const std::size_t weak = counts.passed + counts.doubled + counts.backward + counts.isolated;
+    pawns.weak_count_penalty = WEAK_COUNT[std::min(weak, WEAK_COUNT.size() - 1)];
+}
+
+// The ranks on which a white pawn can stand before a black one.
+template <typename Test> bool on_any_rank(Test test) {
+    for (int rank = RANK_2; rank <= RANK_6; ++rank) {
+        if (test(rank))
+            return true;
+    }
+    return false;
+}
+
+bool black_pawn_before(int white_file, int black_file, int rank) {
+    return position.at(square_at(white_file, rank)) == WHITE_PAWN &&
+           position.at(square_at(black_file, rank + 1)) == BLACK_PAWN;
+}
+
+bool file_blocked(int file) {
+    return on_any_rank([file](int rank) { return black_pawn_before(file, file, rank); });
+}
+
+// Only the rearmost white pawn is asked, not each: this rule is not symmetric.
+bool lowest_white_pawn_blocked(int file) {
+    for (int rank = RANK_2; rank <= RANK_7; ++rank) {
+        const Square square = square_at(file, rank);
+        if (position.at(square) == WHITE_PAWN)
+            return position.at(square + 16) == BLACK_PAWN;
+    }
+    return false;
+}
+
+CentreType centre_type(const PawnEntry& entry) {
+    const int centre = file_mask(FILE_D) | file_mask(FILE_E);
+    const int occupied = std::popcount(static_cast<unsigned>(entry.of(WHITE).pawn_files & centre)) +
+                         std::popcount(static_cast<unsigned>(entry.of(BLACK).pawn_files & centre));
+    if (occupied <= 1)
+        return CENTRE_OPEN;
+    if (on_any_rank([](int rank) {
+            return black_pawn_before(FILE_D, FILE_E, rank) || black_pawn_before(FILE_E, FILE_D, rank);
+        }))
+        return CENTRE_LEVER;
+    if (occupied == 4) {
+        const int blocked = file_blocked(FILE_D) + file_blocked(FILE_E);
+        return blocked == 2 ? CENTRE_CLOSED : blocked == 1 ? CENTRE_BLOCKED : CENTRE_FULL;
+    }
+    return lowest_white_pawn_blocked(FILE_D) || lowest_white_pawn_blocked(FILE_E) ? CENTRE_BLOCKED
+                                                                                  : CENTRE_HALF_OPEN;
+}
+
+void classify(PawnEntry& entry, u32 key) {
+    classify_side<WHITE>(entry.of(WHITE));
+    classify_side<BLACK>(entry.of(BLACK));
+    entry.structure_type = centre_type(entry);
+    entry.key = key;
+}
+
+}  // namespace
+
+const PawnEntry& pawn_entry() {
+    const u32 key = position.current().pawn_key;
+    PawnEntry& entry = pawn_table[key % PAWN_TABLE_SIZE];
+    // A board without pawns has key 0 and hits the empty table. Its entry then differs from a classified one
+    // only in the extreme files, which nobody asks without pawns.
+    if (entry.key != key)
+        classify(entry, key);
+    return entry;
+}
+
+}  // namespace quelmar
