@@ -6,6 +6,7 @@
 
 namespace quelmar {
 
+inline constexpr int PLY_GUARD = 5;              // rules look up to five plies back, also from the root
 inline constexpr int PLY_RECORDS = MAX_PLY + 4;  // a node clears two plies ahead
 inline constexpr int MAX_PV = 51;
 
@@ -20,7 +21,6 @@ struct PlyRecord {
     std::array<int, 2> check_count{};  // by side, along the path
     Move killer;                       // last quiet move that caused a cut-off here
     Move mate_killer;                  // the move that gave mate in one here
-    Move current_move;                 // the move being searched (root and null moves only)
 };
 
 struct SearchState {
@@ -29,8 +29,9 @@ struct SearchState {
     u64 tb_hits = 0;
     u64 qsearch_nodes = 0;  // since the last entry from the full-width search
     int sel_depth = 1;
-    int iteration = 0;  // 1..60
-    std::array<Score, MAX_ITERATION + 1> iteration_score{};
+    int iteration = 0;                      // 1..60
+    int iteration_limit = MAX_ITERATION;    // the last iteration of this search
+    std::array<Score, MAX_ITERATION + 1> iteration_score{};  // [0] stays 0
     Score last_score = 0;                  // of the last completed iteration
     Score root_lower = 0, root_upper = 0;  // bounds of the current iteration, root side's view
     // Previous iteration's score minus and plus m1, m2, m3: bases of futility.
@@ -41,23 +42,33 @@ struct SearchState {
     int grain_shift = 0;    // evaluation >> grain_shift = score
     int threat_shift = 0;   // pawns << threat_shift = score
     int history_shift = 0;  // history counters are read shifted right by this
+    bool timed = true;      // false with a fixed depth: time never ends the search
     i32 target_time = 0, max_time = 0, start_time = 0, last_status_time = 0;  // milliseconds
     int root_moves_searched = 0, root_legal_moves = 0;
+    Move current_root_move;  // being searched
+    Move root_best_move;     // last that failed high at the root of this search; empty when from = 0
     std::array<Move, MAX_PV> pv;
-    int pv_length = 0;
-    std::array<PlyRecord, PLY_RECORDS> plies;
+    int pv_length = 0;  // when it is 0, pv[0].from is 0
+    std::array<PlyRecord, PLY_GUARD + PLY_RECORDS> plies;    // reached through at()
     std::array<std::array<u32, 64>, 64> history{};  // [from index][to index]
 
-    PlyRecord& at(int ply) { return plies[static_cast<std::size_t>(ply)]; }
+    // The record of a ply, -PLY_GUARD..MAX_PLY + 3. Those before the root stay empty.
+    PlyRecord& at(int ply) { return plies[static_cast<std::size_t>(ply + PLY_GUARD)]; }
+    u32& history_of(const Move& move) { return history[index_of_square[move.from]][index_of_square[move.to]]; }
 };
 
 // Written by the search and, for `last_score`, by the front ends' new game and result claim.
 extern SearchState search_state;
 
 // Makes ready for a new search: counters, history, abort_search, search_ply; moves the table's generation on.
+// Killers and the scores of earlier iterations stay.
 void reset_search();
 
 // Derives margins and shifts from settings.grain().
 void setup_search_constants();
+
+// Whether the running search has to unwind. The first iteration completes whatever is asked, so that every
+// search has a move to play.
+bool stop_wanted();
 
 }  // namespace quelmar

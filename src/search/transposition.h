@@ -29,6 +29,9 @@ extern u8 tt_generation;  // moved on by reset_search and by a sharp change of t
 // had is halved until it can, with a line that both protocols ignore.
 void tt_allocate();
 
+// How many buckets a table of that many megabytes has: the largest power of two that fits, at least 16384.
+u64 tt_buckets_for(int megabytes);
+
 void tt_clear();  // forgets everything
 
 // The entry of the position with this key, or nullptr. Does not look at generations.

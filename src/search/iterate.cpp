@@ -1,0 +1,217 @@
+// The root of the search. Each iteration is one ply deeper than the one before and finds its score by a series
+// of null-window searches: the first asks whether the previous iteration's score still holds, the following
+// ones walk up or down from the answer in growing steps until the two bounds meet. The transposition table makes
+// the repetitions cheap.
+#include "board/generate.h"
+#include "board/move_list.h"
+#include "board/position.h"
+#include "protocol/input.h"
+#include "protocol/protocol_state.h"
+#include "protocol/settings.h"
+#include "search/principal_variation.h"
+#include "search/search.h"
+#include "search/search_state.h"
+#include "search/thinking.h"
+#include "search/time_control.h"
+#include "search/transposition.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace quelmar {
+
+namespace {
+
+constexpr int BOUND_LINES_FROM_ITERATION = 6;
+
+// Pondering and analysis go on until the front end ends them.
+bool is_endless() {
+    return protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode || protocol_state.uci_infinite;
+}
+
+bool is_time_limited() {
+    return search_state.timed && !is_endless();
+}
+
+Score score_before() {
+    return search_state.iteration_score[static_cast<std::size_t>(search_state.iteration - 1)];
+}
+
+// Without a score to go by, no quiet move is pruned on it.
+void forget_futility_bases() {
+    SearchState& s = search_state;
+    s.prev_minus_small = s.prev_minus_medium = s.prev_minus_large = -INFINITE_SCORE;
+    s.prev_plus_small = s.prev_plus_medium = s.prev_plus_large = INFINITE_SCORE;
+}
+
+void set_futility_bases() {
+    SearchState& s = search_state;
+    if (s.iteration == 1) {
+        forget_futility_bases();
+        return;
+    }
+    const Score score = score_before();
+    s.prev_minus_small = score - s.m1;
+    s.prev_minus_medium = score - s.m2;
+    s.prev_minus_large = score - s.m3;
+    s.prev_plus_small = score + s.m1;
+    s.prev_plus_medium = score + s.m2;
+    s.prev_plus_large = score + s.m3;
+}
+
+// A score that moves this far makes all bounds proved on the old expectation suspect.
+void note_sharp_change(Score score) {
+    if (search_state.sharp_change || std::abs(score - score_before()) < search_state.m1)
+        return;
+    ++tt_generation;
+    forget_futility_bases();
+    search_state.sharp_change = true;
+}
+
+// The bound of the next search. Steps grow with the square of the failures in a row; after a fail low the first
+// one is 0, which asks whether the score is exactly the bound found.
+struct Stepper {
+    int fail_highs = 0;
+    int fail_lows = 0;
+    int max_step = 128 / settings.grain();
+
+    int step(int failures) const { return std::min(failures * failures, max_step); }
+
+    Score after_fail_high(Score score) {
+        ++fail_highs;
+        fail_lows = 0;
+        const Score beta = score > FOUND_MATE_LIMIT ? score + 2 : score + step(fail_highs);
+        return std::min(beta, search_state.root_upper);
+    }
+
+    Score after_fail_low(Score score) {
+        const Score beta = std::max(score - step(fail_lows), search_state.root_lower + 1);
+        ++fail_lows;
+        fail_highs = 0;
+        return score < -FOUND_MATE_LIMIT ? std::max(score - 2, search_state.root_lower) : beta;
+    }
+};
+
+// Whether the bounds known so far will do, since time is running out.
+bool settles_for_bounds(const Stepper& stepper) {
+    constexpr int ENOUGH_FAIL_HIGHS = 3;
+    if (!is_time_limited() || search_state.root_lower <= -INFINITE_SCORE)
+        return false;
+    const i64 elapsed = elapsed_since(search_state.start_time);
+    const i64 target = search_state.target_time;
+    if (elapsed <= 2 * target)
+        return false;
+    const int grain = settings.grain();
+    return search_state.root_upper - search_state.root_lower <= 32 / grain ||
+           search_state.root_lower >= 64 / grain || stepper.fail_highs >= ENOUGH_FAIL_HIGHS || elapsed > 4 * target;
+}
+
+void announce_iteration() {
+    if (search_state.iteration > 1 && protocol_state.uci_mode)
+        std::printf("info depth %d seldepth %d\n", search_state.iteration,
+                    std::max(search_state.sel_depth, search_state.iteration));
+}
+
+bool has_only_move() {
+    return search_state.root_legal_moves == 1 && search_state.iteration > 1 && !is_endless();
+}
+
+void record_iteration(Score score) {
+    search_state.last_score = score;
+    search_state.iteration_score[static_cast<std::size_t>(search_state.iteration)] = score;
+    walk_pv_and_print(score, elapsed_since(search_state.start_time), LINE_EXACT);
+}
+
+// Sleeps until the front end ends the search, or ends the mode in which it has no end.
+void wait_for_the_end() {
+    while (is_endless() && !protocol_state.abort_search && wait_for_input())
+        poll_input();
+}
+
+bool is_mate_confirmed() {
+    return std::abs(search_state.last_score) > FOUND_MATE_LIMIT && std::abs(score_before()) > FOUND_MATE_LIMIT;
+}
+
+// Whether the iteration just completed was the last.
+bool is_finished() {
+    if (protocol_state.abort_search)
+        return true;
+    if (search_state.iteration > 1 && is_time_limited() &&
+        elapsed_since(search_state.start_time) > search_state.target_time)
+        return true;
+    if (!is_endless() && !protocol_state.test_mode && is_mate_confirmed())
+        return true;
+    // Neither a deeper search nor the same again could bring anything new.
+    if (search_state.iteration >= search_state.iteration_limit || search_state.root_legal_moves == 0) {
+        wait_for_the_end();
+        return true;
+    }
+    return false;
+}
+
+void start_search() {
+    allocate_time();
+    search_state.start_time = search_state.last_status_time = clock_ms();
+    reset_search();
+    setup_search_constants();
+    search_state.root_moves_searched = search_state.root_legal_moves = 0;
+    search_state.root_best_move = search_state.current_root_move = Move{};
+    search_state.pv[0] = Move{};
+    search_state.pv_length = 0;
+}
+
+// The variation comes from the table, where the root's entry may have been overwritten, and a position in which
+// the enemy king can be taken is not searched at all. Any legal move is better than none.
+void make_sure_of_a_move() {
+    if (search_state.pv_length > 0)
+        return;
+    const Move move = search_state.root_best_move.from != 0 ? search_state.root_best_move : first_playable_move();
+    if (move.from == 0)
+        return;
+    search_state.pv[0] = move;
+    search_state.pv_length = 1;
+}
+
+}  // namespace
+
+Score mtd_driver(Score guess, Depth depth) {
+    search_state.root_lower = -INFINITE_SCORE;
+    search_state.root_upper = INFINITE_SCORE;
+    Stepper stepper;
+    Score beta = guess;
+    for (;;) {
+        const Score score = std::max(search(beta, depth, true), search_state.root_lower);
+        if (stop_wanted())
+            return score;
+        note_sharp_change(score);
+        const bool failed_high = score >= beta;
+        if (search_state.iteration >= BOUND_LINES_FROM_ITERATION)
+            walk_pv_and_print(score, elapsed_since(search_state.start_time),
+                              failed_high ? LINE_LOWER_BOUND : LINE_UPPER_BOUND);
+        (failed_high ? search_state.root_lower : search_state.root_upper) = score;
+        if (settles_for_bounds(stepper))
+            return score;
+        beta = failed_high ? stepper.after_fail_high(score) : stepper.after_fail_low(score);
+        if (search_state.root_lower >= search_state.root_upper)
+            return score;
+    }
+}
+
+void think() {
+    start_search();
+    Score score = 0;
+    for (search_state.iteration = 1;; ++search_state.iteration) {
+        announce_iteration();
+        set_futility_bases();
+        search_state.sharp_change = false;
+        score = mtd_driver(score, ONE_PLY * search_state.iteration);
+        if (stop_wanted() || has_only_move())
+            break;
+        record_iteration(score);
+        if (is_finished())
+            break;
+    }
+    make_sure_of_a_move();
+}
+
+}  // namespace quelmar

@@ -1,0 +1,179 @@
+// A bucket holds two slots. Slot 0 keeps what is worth most of the current search: deep bounds, and any lower
+// bound against upper bounds, since only lower bounds have a move. Slot 1 takes what slot 0 refuses and is
+// always overwritten; neither store looks at it first, so one position may stand in both slots, and a probe
+// then finds slot 0.
+//
+// All searches have null windows, so every result is a bound. An entry keeps the best known bound of either
+// kind side by side; an exact score is one whose bounds have met. A mate score is kept relative to the node
+// that stored it, in the search it is relative to the root.
+#include "search/transposition.h"
+
+#include "board/position.h"
+#include "protocol/protocol_state.h"
+#include "protocol/settings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace quelmar {
+
+u8 tt_generation = 0;
+
+namespace {
+
+struct TTBucket {
+    std::array<TTEntry, 2> slots;
+};
+static_assert(sizeof(TTBucket) == 48);
+
+struct Release {
+    void operator()(TTBucket* block) const { std::free(block); }
+};
+
+constexpr u64 MIN_BUCKETS = 16384;
+constexpr u64 MAX_BUCKETS = u64{1} << 32;  // the low half of a key reaches no further
+
+std::unique_ptr<TTBucket, Release> tt_buckets;
+u64 tt_bucket_count = 0;  // a power of two
+u64 tt_store_count = 0;   // since the last reset
+
+TTBucket& bucket_of(HashKey key) {
+    return tt_buckets.get()[(key & 0xFFFFFFFF) & (tt_bucket_count - 1)];
+}
+
+bool holds(const TTEntry& entry, HashKey key) {
+    return entry.key_low == static_cast<u32>(key) && entry.key_high == static_cast<u32>(key >> 32);
+}
+
+void set_key(TTEntry& entry, HashKey key) {
+    entry.key_low = static_cast<u32>(key);
+    entry.key_high = static_cast<u32>(key >> 32);
+}
+
+// Scores of positions with dozens of queens may lie outside the window; they are kept at its edge. The two
+// sentinels are never converted.
+i16 score_to_store(Score score) {
+    const Score inside = std::clamp(score, -INFINITE_SCORE, INFINITE_SCORE);
+    if (inside == INFINITE_SCORE || inside == -INFINITE_SCORE)
+        return narrow<i16>(inside);
+    if (inside >= TT_MATE_LIMIT)
+        return narrow<i16>(inside + position.search_ply);
+    if (inside <= -TT_MATE_LIMIT)
+        return narrow<i16>(inside - position.search_ply);
+    return narrow<i16>(inside);
+}
+
+u64 megabytes_of(u64 buckets) {
+    return buckets * sizeof(TTBucket) >> 20;
+}
+
+// The line is a comment in whichever protocol is active.
+void report_smaller_table(int wanted_mb) {
+    std::printf("%s hash of %d MB is not available, using %llu MB\n", protocol_state.uci_mode ? "info string" : "#",
+                wanted_mb, static_cast<unsigned long long>(megabytes_of(tt_bucket_count)));
+}
+
+}  // namespace
+
+u64 tt_buckets_for(int megabytes) {
+    const u64 bytes = static_cast<u64>(std::max(megabytes, 0)) << 20;
+    u64 count = MIN_BUCKETS;
+    while (count < MAX_BUCKETS && 2 * count * sizeof(TTBucket) <= bytes)
+        count *= 2;
+    return count;
+}
+
+void tt_allocate() {
+    const u64 wanted = tt_buckets_for(settings.hash_mb);
+    tt_buckets.reset();
+    for (tt_bucket_count = wanted; tt_bucket_count > 0; tt_bucket_count /= 2) {
+        // Pages of zeros come from the system as they are touched, so that a large table costs no start-up time.
+        tt_buckets.reset(static_cast<TTBucket*>(std::calloc(tt_bucket_count, sizeof(TTBucket))));
+        if (tt_buckets)
+            break;
+    }
+    if (!tt_buckets) {
+        std::printf("*** Cannot allocate the transposition table\n");
+        std::exit(EXIT_FAILURE);
+    }
+    if (tt_bucket_count != wanted)
+        report_smaller_table(settings.hash_mb);
+}
+
+void tt_clear() {
+    std::memset(static_cast<void*>(tt_buckets.get()), 0, tt_bucket_count * sizeof(TTBucket));
+}
+
+TTEntry* tt_probe(HashKey key) {
+    for (TTEntry& entry : bucket_of(key).slots) {
+        if (holds(entry, key))
+            return &entry;
+    }
+    return nullptr;
+}
+
+void tt_prefetch(HashKey key) {
+    __builtin_prefetch(&bucket_of(key));
+}
+
+void tt_store_lower(Depth depth, PackedMove move, Score score, u8 flags) {
+    ++tt_store_count;
+    const HashKey key = position.current().key;
+    TTBucket& bucket = bucket_of(key);
+    const TTEntry& preferred = bucket.slots[0];
+    const bool keep = preferred.generation == tt_generation && preferred.lower_depth > depth;
+    TTEntry& entry = bucket.slots[keep ? 1 : 0];
+    if (!holds(entry, key)) {
+        entry.upper_score = INFINITE_SCORE;
+        entry.upper_depth = 0;
+        set_key(entry, key);
+    }
+    entry.lower_depth = narrow<i16>(depth);
+    if (move != 0)
+        entry.move = move;
+    entry.generation = entry.lower_generation = tt_generation;
+    entry.lower_score = score_to_store(score);
+    entry.flags = flags;
+}
+
+void tt_store_upper(Depth depth, Score score, u8 flags) {
+    ++tt_store_count;
+    const HashKey key = position.current().key;
+    TTBucket& bucket = bucket_of(key);
+    const TTEntry& preferred = bucket.slots[0];
+    const bool keep = preferred.generation == tt_generation &&
+                      (preferred.upper_depth > depth || preferred.lower_score != -INFINITE_SCORE);
+    TTEntry& entry = bucket.slots[keep ? 1 : 0];
+    if (!holds(entry, key)) {
+        entry.lower_score = -INFINITE_SCORE;
+        entry.move = 0;
+        entry.lower_depth = 0;
+        set_key(entry, key);
+    }
+    entry.upper_score = score_to_store(score);
+    entry.upper_depth = narrow<i16>(depth);
+    entry.generation = entry.upper_generation = tt_generation;
+    entry.flags = flags;
+}
+
+Score tt_score_at(Score stored, int ply) {
+    if (std::abs(stored) < TT_MATE_LIMIT || std::abs(stored) == INFINITE_SCORE)
+        return stored;
+    return stored > 0 ? stored - ply : stored + ply;
+}
+
+int tt_hashfull() {
+    const double slots = 2.0 * static_cast<double>(tt_bucket_count);
+    const double stores = static_cast<double>(tt_store_count);
+    return static_cast<int>(1000.0 * (1.0 - std::exp(stores * std::log(1.0 - 1.0 / slots))));
+}
+
+void tt_count_from_zero() {
+    tt_store_count = 0;
+}
+
+}  // namespace quelmar
