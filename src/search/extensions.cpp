@@ -17,9 +17,9 @@ namespace {
 
 constexpr Depth MAX_EXTENSION = ONE_PLY;
 constexpr Depth HALF_PLY = 30, THREE_QUARTERS = 45, THIRD_PLY = 20, QUARTER_PLY = 15, SIXTH_PLY = 10;
-constexpr Score PAWN_ENDING_BEST = 384;      // a side that already scores this much needs no proof of the ending
-constexpr int NULL_MOVE_MATERIAL = 647;      // more than a rook
-constexpr u64 REDUCTION_NODES = 32768;       // the history says nothing before
+constexpr Score PAWN_ENDING_BEST = 384;  // a side that already scores this much needs no proof of the ending
+constexpr int NULL_MOVE_MATERIAL = 647;  // more than a rook
+constexpr u64 REDUCTION_NODES = 32768;   // the history says nothing before
 constexpr int SELECTIVITY_SHIFT = 19, DEEP_REDUCTION_SHIFT = 24;
 constexpr int MAX_NULL_REDUCTION = 60;  // plies; more would only leave the range of a depth
 constexpr int RECAPTURE_FEW_PIECES = 1293, RECAPTURE_SOME_PIECES = 2497;
@@ -101,8 +101,9 @@ Depth seventh_rank_extension(const MoveContext& context, const Move& move, Side 
     if (!is_endgame_material())
         return THREE_QUARTERS;
     const int behind = side == WHITE ? -16 : 16;
-    return promotes_safely_next(context, move, side) || has_pawn_partner(move.to, behind, side) ? ONE_PLY
-                                                                                                : THREE_QUARTERS;
+    return promotes_safely_next(context, move, side) || has_pawn_partner(move.to, behind, side)
+               ? ONE_PLY
+               : THREE_QUARTERS;
 }
 
 Depth sixth_rank_extension(const Move& move, Side side) {
@@ -200,7 +201,8 @@ int null_move_reduction() {
         return std::clamp(settings.null_reduction, 0, MAX_NULL_REDUCTION);
     // Zugzwang is at home where only pawns are left.
     if (here.material_us == 0 || here.material_them == 0 || here.material_us < NULL_MOVE_MATERIAL ||
-        (here.material_us == PAWN_VALUE * here.pawns_us && here.material_them == PAWN_VALUE * here.pawns_them))
+        (here.material_us == PAWN_VALUE * here.pawns_us &&
+         here.material_them == PAWN_VALUE * here.pawns_them))
         return 0;
     return std::clamp(settings.null_reduction_endgame, 0, MAX_NULL_REDUCTION);
 }

@@ -16,8 +16,8 @@ struct MoveContext {
     int evasions = 0;          // legal moves of a side in check
     bool mate_threat = false;  // passing would be answered by a mate
     // From the attack maps of the node's own evaluation, which its descendants overwrite.
-    int recapture_attackers = 0;                               // of ours on the square of the move before
-    std::array<std::array<u8, 8>, 2> promotion_attacks{};      // [colour][file] on our last rank
+    int recapture_attackers = 0;                           // of ours on the square of the move before
+    std::array<std::array<u8, 8>, 2> promotion_attacks{};  // [colour][file] on our last rank
 };
 
 // Copies from the attack maps what the rules need later. evaluate() must just have seen the position.

@@ -1,7 +1,7 @@
-// The root of the search. Each iteration is one ply deeper than the one before and finds its score by a series
-// of null-window searches: the first asks whether the previous iteration's score still holds, the following
-// ones walk up or down from the answer in growing steps until the two bounds meet. The transposition table makes
-// the repetitions cheap.
+// The root of the search. Each iteration is one ply deeper than the one before and finds its score by a
+// series of null-window searches: the first asks whether the previous iteration's score still holds, the
+// following ones walk up or down from the answer in growing steps until the two bounds meet. The
+// transposition table makes the repetitions cheap.
 #include "board/generate.h"
 #include "board/move_list.h"
 #include "board/position.h"
@@ -26,7 +26,8 @@ constexpr int BOUND_LINES_FROM_ITERATION = 6;
 
 // Pondering and analysis go on until the front end ends them.
 bool is_endless() {
-    return protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode || protocol_state.uci_infinite;
+    return protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode ||
+           protocol_state.uci_infinite;
 }
 
 bool is_time_limited() {
@@ -68,8 +69,8 @@ void note_sharp_change(Score score) {
     search_state.sharp_change = true;
 }
 
-// The bound of the next search. Steps grow with the square of the failures in a row; after a fail low the first
-// one is 0, which asks whether the score is exactly the bound found.
+// The bound of the next search. Steps grow with the square of the failures in a row; after a fail low the
+// first one is 0, which asks whether the score is exactly the bound found.
 struct Stepper {
     int fail_highs = 0;
     int fail_lows = 0;
@@ -103,7 +104,8 @@ bool settles_for_bounds(const Stepper& stepper) {
         return false;
     const int grain = settings.grain();
     return search_state.root_upper - search_state.root_lower <= 32 / grain ||
-           search_state.root_lower >= 64 / grain || stepper.fail_highs >= ENOUGH_FAIL_HIGHS || elapsed > 4 * target;
+           search_state.root_lower >= 64 / grain || stepper.fail_highs >= ENOUGH_FAIL_HIGHS ||
+           elapsed > 4 * target;
 }
 
 void announce_iteration() {
@@ -124,12 +126,15 @@ void record_iteration(Score score) {
 
 // Sleeps until the front end ends the search, or ends the mode in which it has no end.
 void wait_for_the_end() {
-    while (is_endless() && !protocol_state.abort_search && wait_for_input())
+    while (is_endless() && !protocol_state.abort_search) {
+        wait_for_input();
         poll_input();
+    }
 }
 
 bool is_mate_confirmed() {
-    return std::abs(search_state.last_score) > FOUND_MATE_LIMIT && std::abs(score_before()) > FOUND_MATE_LIMIT;
+    return std::abs(search_state.last_score) > FOUND_MATE_LIMIT &&
+           std::abs(score_before()) > FOUND_MATE_LIMIT;
 }
 
 // Whether the iteration just completed was the last.
@@ -160,12 +165,13 @@ void start_search() {
     search_state.pv_length = 0;
 }
 
-// The variation comes from the table, where the root's entry may have been overwritten, and a position in which
-// the enemy king can be taken is not searched at all. Any legal move is better than none.
+// The variation comes from the table, where the root's entry may have been overwritten, and a position in
+// which the enemy king can be taken is not searched at all. Any legal move is better than none.
 void make_sure_of_a_move() {
     if (search_state.pv_length > 0)
         return;
-    const Move move = search_state.root_best_move.from != 0 ? search_state.root_best_move : first_playable_move();
+    const Move move =
+        search_state.root_best_move.from != 0 ? search_state.root_best_move : first_playable_move();
     if (move.from == 0)
         return;
     search_state.pv[0] = move;

@@ -1,10 +1,11 @@
-// A node of the full-width search. It is given one bound, beta, and answers whether the position is worth that
-// much to the side to move: a result >= beta is a lower bound of its score, a smaller one an upper bound. The
-// children are asked the opposite question with the bound 1 - beta.
+// A node of the full-width search. It is given one bound, beta, and answers whether the position is worth
+// that much to the side to move: a result >= beta is a lower bound of its score, a smaller one an upper
+// bound. The children are asked the opposite question with the bound 1 - beta.
 //
 // search() lists the node's rules in their order, and the order is behaviour: cheap ends first (draws, the
-// table), then the evaluation with what it allows (less depth in lopsided positions, a cut on the static score,
-// a null move), then the moves. A rule that ends the node puts the score into `result` and returns true.
+// table), then the evaluation with what it allows (less depth in lopsided positions, a cut on the static
+// score, a null move), then the moves. A rule that ends the node puts the score into `result` and returns
+// true.
 //
 // Scores are seen from the side to move. 30000 - p is mate p plies from the root; 30000 + p comes back from a
 // node in which the enemy king can be taken, so that the parent sees a value below every real score: that is
@@ -210,7 +211,8 @@ void shrink_lopsided_depth(Node& node) {
 }
 
 bool king_en_prise(Node& node) {
-    return attack_byte(node.us(), position.king_square(node.them())) != 0 && node.decide(MATE_SCORE + node.ply);
+    return attack_byte(node.us(), position.king_square(node.them())) != 0 &&
+           node.decide(MATE_SCORE + node.ply);
 }
 
 // Reading a table is slow: only near the root and where the material has just changed.
@@ -242,8 +244,8 @@ Depth static_null_depth() {
     return search_state.iteration < 3 ? 0 : search_state.iteration < 6 ? ONE_PLY : 2 * ONE_PLY;
 }
 
-// A quiet position this far above beta is not worth a search near the horizon, unless something of ours hangs:
-// the largest danger is taken off first. A king that has just lost its cover is no quiet position.
+// A quiet position this far above beta is not worth a search near the horizon, unless something of ours
+// hangs: the largest danger is taken off first. A king that has just lost its cover is no quiet position.
 bool static_null_move(Node& node) {
     constexpr int COVER_LOST = 20;
     if (node.depth > static_null_depth() || node.context.mate_threat || node.in_check() ||
@@ -260,9 +262,9 @@ int null_reduction(const Node& node) {
     const int plies = null_move_reduction();
     if (node.depth > NEAR_HORIZON)
         return plies;
-    const bool careful = danger_of(node, node.us()) <= EXPOSED_KING || king_cover_lost(node.us(), COVER_LOST) ||
-                         pawn_to_seventh(move_before()) || pawn_to_sixth(move_before()) ||
-                         search_state.at(node.ply - 2).mate_threat;
+    const bool careful = danger_of(node, node.us()) <= EXPOSED_KING ||
+                         king_cover_lost(node.us(), COVER_LOST) || pawn_to_seventh(move_before()) ||
+                         pawn_to_sixth(move_before()) || search_state.at(node.ply - 2).mate_threat;
     return careful ? std::max(plies - 1, 0) : plies;
 }
 
@@ -285,7 +287,8 @@ bool is_threat_renewed(const Node& node) {
     return packed_to(threat) == packed_to(older);
 }
 
-// `answer` is what the opponent played when we passed; it is empty when the table or the static score answered.
+// `answer` is what the opponent played when we passed; it is empty when the table or the static score
+// answered.
 void note_threat(Node& node, const Move& answer, Score value) {
     node.here.threat_move = answer.from != 0 ? pack_move(answer) : 0;
     if (!is_threat_renewed(node))
@@ -404,8 +407,7 @@ Depth extend(Node& node, const Move& move) {
 // stands with its estimate.
 bool futile(Node& node, const Move& move, Depth& extra) {
     constexpr Depth SHRINK_BELOW = 240, PRUNE_BELOW = 180, PRUNE_PUSHES_BELOW = 120;
-    if (node.in_check() || move.gives_check != 0 || node.depth >= SHRINK_BELOW ||
-        !pruning_allowed())
+    if (node.in_check() || move.gives_check != 0 || node.depth >= SHRINK_BELOW || !pruning_allowed())
         return false;
     const PlyOutputs& outputs = node.outputs();
     const Score estimate =

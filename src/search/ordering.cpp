@@ -18,7 +18,8 @@ constexpr i32 THREATENED_STEP = 100;  // between the worst and the second worst 
 constexpr int HISTORY_DEPTH_SHIFT = 5;
 
 // By the victim's code; a king last of all, since a move that can take it ends the node.
-constexpr std::array<i32, 14> capture_order = {0, 115, 116, 117, 118, 119, 126, 115, 116, 117, 118, 119, 126, 0};
+constexpr std::array<i32, 14> capture_order = {0,   115, 116, 117, 118, 119, 126,
+                                               115, 116, 117, 118, 119, 126, 0};
 
 i32 capture_score(const UndoRecord& here, const Move& move) {
     for (std::size_t i = 0; i < here.threat_square_them.size(); ++i) {
@@ -82,8 +83,8 @@ Move* pick_move() {
     Move* best = nullptr;
     i32 best_score = HANDED_OUT;
     for (Move& move : move_list.current()) {
-        if (move.score > best_score || (move.score == best_score && best != nullptr &&
-                                        value_of(move.piece) < value_of(best->piece))) {
+        if (move.score > best_score ||
+            (move.score == best_score && best != nullptr && value_of(move.piece) < value_of(best->piece))) {
             best = &move;
             best_score = move.score;
         }

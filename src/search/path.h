@@ -1,6 +1,6 @@
-// The moves that led to the current node, as the rules of the search see them. A null move, or no move at all,
-// captures nothing, promotes nothing, checks nobody and goes nowhere: it reads as an empty move, whatever the
-// stack entry still holds.
+// The moves that led to the current node, as the rules of the search see them. A null move, or no move at
+// all, captures nothing, promotes nothing, checks nobody and goes nowhere: it reads as an empty move,
+// whatever the stack entry still holds.
 #pragma once
 
 #include "board/position.h"
@@ -26,7 +26,8 @@ inline const Move& own_move_before() {
     return move.from != 0 ? move : NO_MOVE;
 }
 
-// Whether the king of `side` stands `by` or more units worse than at the previous ply. Danger is 0 or negative.
+// Whether the king of `side` stands `by` or more units worse than at the previous ply. Danger is 0 or
+// negative.
 inline bool king_cover_lost(Side side, int by) {
     const int ply = position.search_ply;
     if (ply == 0)

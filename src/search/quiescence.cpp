@@ -1,6 +1,6 @@
-// The search below the horizon: captures and queen promotions, all replies to a check and, as long as the limits
-// allow, quiet checks. Like the full-width search it has a null window, and it stores its bounds in the same
-// table.
+// The search below the horizon: captures and queen promotions, all replies to a check and, as long as the
+// limits allow, quiet checks. Like the full-width search it has a null window, and it stores its bounds in
+// the same table.
 //
 // Checks are bounded by a ply that depends on the iteration and on where the full-width search ended, by the
 // nodes of this quiescence search, and by the pieces left to attack with. Captures have no limit; what keeps
@@ -33,7 +33,7 @@ namespace {
 
 // Deepest ply at which checks may still be searched, by iteration.
 constexpr std::array<int, MAX_ITERATION + 1> qcheck_plies = [] {
-    std::array<int, MAX_ITERATION + 1> plies{0,  16, 18, 22, 24, 26, 28, 30, 32, 36, 40, 44, 48, 52};
+    std::array<int, MAX_ITERATION + 1> plies{0, 16, 18, 22, 24, 26, 28, 30, 32, 36, 40, 44, 48, 52};
     for (std::size_t iteration = 14; iteration < plies.size(); ++iteration)
         plies[iteration] = 56;
     return plies;
@@ -71,8 +71,8 @@ bool mate_distance(QNode& node) {
     return mated_here > node.beta && node.decide(mated_here);
 }
 
-// Checks are not searched beyond `limit`, nor against a safe king by a side that has hardly checked on the way.
-// The king's danger is that of the last evaluation at this ply.
+// Checks are not searched beyond `limit`, nor against a safe king by a side that has hardly checked on the
+// way. The king's danger is that of the last evaluation at this ply.
 bool without_checks(const QNode& node, int limit) {
     constexpr int CHECKS_ON_THE_WAY = 2, SAFE_KING = -40;
     if (limit < node.ply)
@@ -118,8 +118,8 @@ bool stand_pat(QNode& node) {
         return node.decide(node.eval);
     find_threats();
     const int shift = search_state.threat_shift;
-    const Score settled = node.eval + (node.record.threat_value_them[0] << shift) -
-                          (node.record.threat_value_us[0] << shift);
+    const Score settled =
+        node.eval + (node.record.threat_value_them[0] << shift) - (node.record.threat_value_us[0] << shift);
     return settled > node.beta + CLEAR_MARGIN && node.decide(settled);
 }
 
@@ -185,8 +185,7 @@ bool search_captures(QNode& node) {
 
 // The score that makes quiet checks pointless: far above what the root expects.
 Score enough_without_checks(const QNode& node) {
-    const Score expected =
-        node.ply % 2 == 0 ? search_state.prev_plus_small : -search_state.prev_minus_small;
+    const Score expected = node.ply % 2 == 0 ? search_state.prev_plus_small : -search_state.prev_minus_small;
     return std::min(QUEEN_VALUE >> search_state.grain_shift, expected);
 }
 

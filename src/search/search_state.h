@@ -29,10 +29,10 @@ struct SearchState {
     u64 tb_hits = 0;
     u64 qsearch_nodes = 0;  // since the last entry from the full-width search
     int sel_depth = 1;
-    int iteration = 0;                      // 1..60
-    int iteration_limit = MAX_ITERATION;    // the last iteration of this search
+    int iteration = 0;                                       // 1..60
+    int iteration_limit = MAX_ITERATION;                     // the last iteration of this search
     std::array<Score, MAX_ITERATION + 1> iteration_score{};  // [0] stays 0
-    Score last_score = 0;                  // of the last completed iteration
+    Score last_score = 0;                                    // of the last completed iteration
     Score root_lower = 0, root_upper = 0;  // bounds of the current iteration, root side's view
     // Previous iteration's score minus and plus m1, m2, m3: bases of futility.
     Score prev_minus_small = 0, prev_minus_medium = 0, prev_minus_large = 0;
@@ -48,13 +48,15 @@ struct SearchState {
     Move current_root_move;  // being searched
     Move root_best_move;     // last that failed high at the root of this search; empty when from = 0
     std::array<Move, MAX_PV> pv;
-    int pv_length = 0;  // when it is 0, pv[0].from is 0
-    std::array<PlyRecord, PLY_GUARD + PLY_RECORDS> plies;    // reached through at()
-    std::array<std::array<u32, 64>, 64> history{};  // [from index][to index]
+    int pv_length = 0;                                     // when it is 0, pv[0].from is 0
+    std::array<PlyRecord, PLY_GUARD + PLY_RECORDS> plies;  // reached through at()
+    std::array<std::array<u32, 64>, 64> history{};         // [from index][to index]
 
     // The record of a ply, -PLY_GUARD..MAX_PLY + 3. Those before the root stay empty.
     PlyRecord& at(int ply) { return plies[static_cast<std::size_t>(ply + PLY_GUARD)]; }
-    u32& history_of(const Move& move) { return history[index_of_square[move.from]][index_of_square[move.to]]; }
+    u32& history_of(const Move& move) {
+        return history[index_of_square[move.from]][index_of_square[move.to]];
+    }
 };
 
 // Written by the search and, for `last_score`, by the front ends' new game and result claim.

@@ -14,13 +14,13 @@ namespace quelmar {
 namespace {
 
 constexpr i32 STATUS_INTERVAL_MS = 1000;
-constexpr i64 RESERVE_MS = 1000;             // kept for the move that reaches the time control
-constexpr i64 MOVES_AHEAD = 40;              // plies over which the time of a control is spread at most
+constexpr i64 RESERVE_MS = 1000;  // kept for the move that reaches the time control
+constexpr i64 MOVES_AHEAD = 40;   // plies over which the time of a control is spread at most
 constexpr i64 MAX_MOVES_PER_CONTROL = 1 << 20;
 
 i32 to_ms(i64 milliseconds) {
-    return static_cast<i32>(std::clamp<i64>(milliseconds, std::numeric_limits<i32>::min(),
-                                            std::numeric_limits<i32>::max()));
+    return static_cast<i32>(
+        std::clamp<i64>(milliseconds, std::numeric_limits<i32>::min(), std::numeric_limits<i32>::max()));
 }
 
 void set_budget(i64 target, i64 maximum) {
@@ -120,8 +120,8 @@ void time_check() {
         print_status();
         search_state.last_status_time = now;
     }
-    if (protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode || protocol_state.uci_infinite ||
-        !search_state.timed)
+    if (protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode ||
+        protocol_state.uci_infinite || !search_state.timed)
         return;
     const bool ponder_hit_used_up =
         protocol_state.ponder_state == PONDER_HIT && elapsed > 3 * i64{search_state.target_time};

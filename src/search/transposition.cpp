@@ -73,8 +73,9 @@ u64 megabytes_of(u64 buckets) {
 
 // The line is a comment in whichever protocol is active.
 void report_smaller_table(int wanted_mb) {
-    std::printf("%s hash of %d MB is not available, using %llu MB\n", protocol_state.uci_mode ? "info string" : "#",
-                wanted_mb, static_cast<unsigned long long>(megabytes_of(tt_bucket_count)));
+    std::printf("%s hash of %d MB is not available, using %llu MB\n",
+                protocol_state.uci_mode ? "info string" : "#", wanted_mb,
+                static_cast<unsigned long long>(megabytes_of(tt_bucket_count)));
 }
 
 }  // namespace
@@ -91,7 +92,8 @@ void tt_allocate() {
     const u64 wanted = tt_buckets_for(settings.hash_mb);
     tt_buckets.reset();
     for (tt_bucket_count = wanted; tt_bucket_count > 0; tt_bucket_count /= 2) {
-        // Pages of zeros come from the system as they are touched, so that a large table costs no start-up time.
+        // Pages of zeros come from the system as they are touched, so that a large table costs no start-up
+        // time.
         tt_buckets.reset(static_cast<TTBucket*>(std::calloc(tt_bucket_count, sizeof(TTBucket))));
         if (tt_buckets)
             break;

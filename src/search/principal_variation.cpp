@@ -1,0 +1,79 @@
+// The search returns bounds, not lines, so the variation is read from the table: entry by entry, each move
+// leading to the next key. Generations play no part. An entry may belong to another position with the same
+// buckets of keys, or to one with other castling rights, so each move is looked up among the legal ones; that
+// also gives it the check flag that a packed move does not return.
+#include "search/principal_variation.h"
+
+#include "board/generate.h"
+#include "board/make_move.h"
+#include "board/move_list.h"
+#include "search/search_state.h"
+#include "search/thinking.h"
+#include "search/transposition.h"
+
+#include <algorithm>
+
+namespace quelmar {
+
+namespace {
+
+constexpr PackedMove WITHOUT_CHECK_FLAG = 0x7FFFFFFF;
+
+Move find_legal(PackedMove packed) {
+    generate_legal_moves();
+    const auto moves = move_list.current();
+    const auto found = std::find_if(moves.begin(), moves.end(), [packed](const Move& move) {
+        return ((pack_move(move) ^ packed) & WITHOUT_CHECK_FLAG) == 0;
+    });
+    return found != moves.end() ? *found : Move{};
+}
+
+// Whether the position stood on the board before, in the last `reach` plies.
+bool repeats_within(int reach) {
+    for (int back = 2; back <= reach; back += 2) {
+        if (position.back(back).key == position.current().key)
+            return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+int walk_table(std::span<Move> line) {
+    const PieceOrderGuard guard;
+    const int room = static_cast<int>(line.size());
+    int length = 0;
+    while (length < room) {
+        const TTEntry* entry = tt_probe(position.current().key);
+        const Move move = entry != nullptr && entry->move != 0 ? find_legal(entry->move) : Move{};
+        if (move.from == 0)
+            break;
+        line[static_cast<std::size_t>(length)] = move;
+        make_move(&line[static_cast<std::size_t>(length)]);
+        ++length;
+        if (repeats_within(length))
+            break;
+    }
+    for (int i = length; i > 0; --i)
+        unmake_move(&line[static_cast<std::size_t>(i - 1)]);
+    return length;
+}
+
+Move first_playable_move() {
+    const PieceOrderGuard guard;
+    generate_legal_moves();
+    for (const Move& move : move_list.current()) {
+        if (move.captured == EMPTY || kind_of(move.captured) != KING)
+            return move;
+    }
+    return Move{};
+}
+
+void walk_pv_and_print(Score score, i32 elapsed_ms, int kind) {
+    search_state.pv_length = walk_table(search_state.pv);
+    if (search_state.pv_length == 0)
+        search_state.pv[0] = Move{};
+    print_thinking_line(search_state.iteration, score, elapsed_ms, search_state.nodes, kind);
+}
+
+}  // namespace quelmar
