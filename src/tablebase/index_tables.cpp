@@ -38,8 +38,8 @@ bool touches(int kind, int square, int king) {
 }
 
 IndexTables tables;
-// By kinds, read as a number in base 7 with FREE_PAWN as 1: see slot_of.
-std::array<std::array<BaseTable, 7 * 7 * 7>, 2> base_tables;
+// By kinds, read as up to three digits in base 7 with FREE_PAWN as 1: see slot_of.
+std::array<std::array<BaseTable, 343>, 2> base_tables;
 
 std::size_t slot_of(const PlacedKinds& kinds) {
     std::size_t slot = 0;
