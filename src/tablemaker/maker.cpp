@@ -1,0 +1,129 @@
+#include "tablemaker/maker.h"
+
+#include "tablebase/catalogue.h"
+#include "tablemaker/compress.h"
+#include "tablemaker/error.h"
+#include "tablemaker/solver.h"
+#include "tablemaker/table_file.h"
+
+#include <algorithm>
+
+namespace quelmar::tablemaker {
+
+namespace {
+
+constexpr u64 CHUNK = 1 << 15;
+
+// The bytes of a table file, from the values in the maker's own numbering. Whatever is not met is no
+// position.
+class TableBytes {
+public:
+    TableBytes(int number, const Men& men, Side side)
+        : ending_(number), men_(men), side_(side),
+          bytes_(ending(number).entry_count[static_cast<std::size_t>(side)], u8{BYTE_ILLEGAL}) {}
+
+    void put(const Squares& squares, int ep_square, u8 value) {
+        const u32 index = index_in_table(ending_, men_, squares, side_, ep_square);
+        if (index >= bytes_.size())
+            throw TablemakerError(std::string(ending(ending_).name) +
+                                  ": a legal position lies beyond its table");
+        bytes_[index] = static_cast<u8>(byte_of_value(value));
+    }
+
+    std::span<const u8> bytes() const { return bytes_; }
+
+private:
+    int ending_;
+    Men men_;
+    Side side_;
+    std::vector<u8> bytes_;
+};
+
+TableBytes in_table_order(const Solver& solver, int number, const Men& men, Side side,
+                          const Workers& workers) {
+    TableBytes table(number, men, side);
+    const Numbering& numbering = solver.numbering();
+    std::atomic<u64> positions{0};
+    // Different positions have different indices, so no two threads write the same byte.
+    workers.share(numbering.size(), CHUNK, [&](u64 first, u64 last) {
+        u64 count = 0;
+        for (u64 i = first; i < last; ++i) {
+            const u8 value = solver.value(side, static_cast<u32>(i));
+            Squares squares{};
+            if (value == ILLEGAL || !numbering.squares_of(static_cast<u32>(i), squares))
+                continue;
+            table.put(squares, NO_EP_SQUARE, value);
+            ++count;
+        }
+        positions += count;
+    });
+    solver.for_each_en_passant_position(side, [&](const Squares& squares, int victim, u8 value) {
+        table.put(squares, victim + forward(side), value);
+        ++positions;
+    });
+    const auto empty = std::count(table.bytes().begin(), table.bytes().end(), u8{BYTE_ILLEGAL});
+    if (table.bytes().size() - static_cast<std::size_t>(empty) != positions)
+        throw TablemakerError(std::string(ending(number).name) + ": two positions share an index");
+    return table;
+}
+
+}  // namespace
+
+void Maker::make(int number) {
+    if (store_.has(number))
+        return;
+    const Men men = ending_men(number);
+    for (const int below : Conversions::endings_below(men))
+        make(below);
+    build_index_tables();
+    progress_.start(std::string(ending(number).name));
+    {
+        Solver solver(store_, men, workers_, progress_);
+        solver.solve();
+        write_tables(solver, number, men);
+    }
+    // What the next ending rests on may be quite different, and all together would not fit in memory.
+    store_.forget();
+}
+
+void Maker::write_tables(const Solver& solver, int number, const Men& men) {
+    std::string summary = "done";
+    for (const Side side : {WHITE, BLACK}) {
+        if (store_.find(number, side) || (side == BLACK && ending(number).symmetric))
+            continue;
+        progress_.show("sorting");
+        const TableBytes table = in_table_order(solver, number, men, side, workers_);
+        const TableStatistics statistics = statistics_of(table.bytes());
+        summary += std::string(side == WHITE ? ", white" : ", black") + " wins in " +
+                   std::to_string(statistics.longest_win);
+        const std::string name = std::string(ending(number).name) + (side == WHITE ? ".nbw" : ".nbb");
+        if (options_.compress) {
+            progress_.show("compressing");
+            write_file(store_.directory() / (name + ".emd"), compress_table(table.bytes(), workers_));
+        } else {
+            write_file(store_.directory() / name, table.bytes());
+        }
+    }
+    progress_.finish(summary);
+}
+
+TableStatistics statistics_of(std::span<const u8> table) {
+    TableStatistics statistics;
+    for (const u8 byte : table) {
+        const u8 value = value_of_byte(static_cast<i8>(byte));
+        if (value == ILLEGAL) {
+            ++statistics.illegal;
+        } else if (value == OPEN) {
+            ++statistics.draws;
+        } else if (is_win(value)) {
+            ++statistics.wins;
+            statistics.longest_win = std::max(statistics.longest_win, value / 2);
+        } else {
+            ++statistics.losses;
+            statistics.longest_loss = std::max(statistics.longest_loss, value / 2);
+        }
+    }
+    return statistics;
+}
+
+}  // namespace quelmar::tablemaker

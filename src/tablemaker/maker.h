@@ -1,0 +1,42 @@
+// Makes tables in a directory, each ending after those it rests on.
+#pragma once
+
+#include "tablemaker/progress.h"
+#include "tablemaker/table_store.h"
+#include "tablemaker/workers.h"
+
+namespace quelmar::tablemaker {
+
+class Maker {
+public:
+    struct Options {
+        bool compress = false;
+        int threads = 1;
+        bool progress = false;
+    };
+
+    Maker(std::filesystem::path directory, const Options& options)
+        : store_(std::move(directory)), options_(options), workers_(options.threads),
+          progress_(options.progress) {}
+
+    // Makes the tables of the ending that the directory does not have yet, and before that those of all
+    // endings it can turn into. Throws TablemakerError.
+    void make(int ending);
+
+private:
+    void write_tables(const class Solver& solver, int ending, const Men& men);
+
+    TableStore store_;
+    Options options_;
+    Workers workers_;
+    Progress progress_;
+};
+
+// What a table holds. Distances are in moves.
+struct TableStatistics {
+    u64 wins = 0, draws = 0, losses = 0, illegal = 0;
+    int longest_win = 0, longest_loss = 0;
+};
+TableStatistics statistics_of(std::span<const u8> table);
+
+}  // namespace quelmar::tablemaker

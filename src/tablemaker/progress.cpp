@@ -1,0 +1,41 @@
+#include "tablemaker/progress.h"
+
+#include <cstdio>
+#include <utility>
+
+namespace quelmar::tablemaker {
+
+namespace {
+
+constexpr int LINE_WIDTH = 72;
+constexpr auto SHORTEST_PAUSE = std::chrono::milliseconds(250);
+
+}  // namespace
+
+void Progress::start(std::string subject) {
+    subject_ = std::move(subject);
+    started_ = std::chrono::steady_clock::now();
+    last_shown_ = {};
+}
+
+void Progress::show(const std::string& stage) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now - last_shown_ < SHORTEST_PAUSE)
+        return;
+    last_shown_ = now;
+    print(stage, '\r');
+}
+
+void Progress::finish(const std::string& summary) {
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - started_;
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, ", %.1f s", elapsed.count());
+    print(summary + seconds, '\n');
+}
+
+void Progress::print(const std::string& text, char end) {
+    if (wanted_)
+        std::fprintf(stderr, "%-*s%c", LINE_WIDTH, (subject_ + ": " + text).c_str(), end);
+}
+
+}  // namespace quelmar::tablemaker

@@ -1,0 +1,28 @@
+// The line on standard error that tells how far the work is.
+#pragma once
+
+#include <chrono>
+#include <string>
+
+namespace quelmar::tablemaker {
+
+class Progress {
+public:
+    explicit Progress(bool wanted) : wanted_(wanted) {}
+
+    // Names the table that the following lines are about.
+    void start(std::string subject);
+    // Shows the stage of the work, at most a few times a second.
+    void show(const std::string& stage);
+    // Ends the line with a summary that stays.
+    void finish(const std::string& summary);
+
+private:
+    void print(const std::string& text, char end);
+
+    bool wanted_;
+    std::string subject_;
+    std::chrono::steady_clock::time_point started_{}, last_shown_{};
+};
+
+}  // namespace quelmar::tablemaker

@@ -1,0 +1,51 @@
+// Work over a range of numbers, shared out to threads in chunks.
+#pragma once
+
+#include "board/types.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace quelmar::tablemaker {
+
+class Workers {
+public:
+    explicit Workers(int threads) : threads_(std::max(threads, 1)) {}
+
+    // Calls work(first, last) for chunks that together make up 0..total, on all threads at once; returns when
+    // everything is done. The first exception of a chunk is thrown again here, the rest of the range left
+    // out.
+    template <typename F> void share(u64 total, u64 chunk, const F& work) const {
+        std::atomic<u64> next{0};
+        std::exception_ptr failure;
+        std::mutex failure_lock;
+        const auto run = [&] {
+            try {
+                for (u64 first = next.fetch_add(chunk); first < total; first = next.fetch_add(chunk))
+                    work(first, std::min(first + chunk, total));
+            } catch (...) {
+                next = total;
+                const std::lock_guard lock(failure_lock);
+                if (!failure)
+                    failure = std::current_exception();
+            }
+        };
+        {
+            std::vector<std::jthread> helpers;
+            for (int i = 1; i < threads_ && chunk < total; ++i)
+                helpers.emplace_back(run);
+            run();
+        }
+        if (failure)
+            std::rethrow_exception(failure);
+    }
+
+private:
+    int threads_;
+};
+
+}  // namespace quelmar::tablemaker
