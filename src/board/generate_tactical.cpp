@@ -201,6 +201,11 @@ private:
             if (position.at(king_ + offset) == Facing<Us>::THEIR_KNIGHT)
                 note_checker(king_ + offset);
         }
+        // Kings meet in the quiescence search, where the capture of the king then refutes the move before.
+        for (int offset : king_offsets) {
+            if (position.at(king_ + offset) == Facing<Us>::THEIR_KING)
+                note_checker(king_ + offset);
+        }
     }
 
     void find_line_check(int step, Piece slider) {
