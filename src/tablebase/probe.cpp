@@ -1,13 +1,123 @@
 #include "tablebase/probe.h"
 
+#include "board/position.h"
+#include "protocol/settings.h"
+#include "tablebase/block_cache.h"
+#include "tablebase/catalogue.h"
+#include "tablebase/index.h"
+#include "tablebase/registry.h"
+
+#include <algorithm>
+
 namespace quelmar {
 
 int tb_max_men = 0;
 
-void setup_tablebases() {}
+namespace {
 
-bool probe_tablebase(Score& /*score_out*/) {
-    return false;
+constexpr int MATED_VALUE = -32766, MATE_IN_ONE_VALUE = 32766;
+// A narrow entry of 1..126 counts from here. The two lowest bytes extend the range by one move each way.
+constexpr int NARROW_OFFSET = 32640;
+
+// Entries of kppkp with Black to move that the table has wrong: mated, farther off than a byte can say.
+constexpr std::array<u32, 7> WRONG_KPPKP_ENTRIES = {56802428, 56811076, 56849992, 56858640,
+                                                    59592489, 67775659, 71071628};
+constexpr int RIGHT_KPPKP_VALUE = -32639;
+
+int read_wide_value(int number, Side side, u32 index) {
+    constexpr u32 ENTRIES = TABLE_BLOCK_SIZE / 2;
+    const u32 block = index / ENTRIES, offset = 2 * (index % ENTRIES);
+    const int low = read_cached_byte(number, side, block, offset);
+    const int high = read_cached_byte(number, side, block, offset + 1);
+    return low == NO_VALUE || high == NO_VALUE ? NO_VALUE : (low & 255) + 256 * high;
+}
+
+int read_narrow_value(int number, Side side, u32 index) {
+    if (number == ENDING_KPPKP && side == BLACK &&
+        std::find(WRONG_KPPKP_ENTRIES.begin(), WRONG_KPPKP_ENTRIES.end(), index) != WRONG_KPPKP_ENTRIES.end())
+        return RIGHT_KPPKP_VALUE;
+    const int byte = read_cached_byte(number, side, index / TABLE_BLOCK_SIZE, index % TABLE_BLOCK_SIZE);
+    switch (byte) {
+    case NO_VALUE:
+    case 127:
+        return NO_VALUE;
+    case 0:
+        return 0;
+    case -127:
+        return -NARROW_OFFSET;
+    case -128:
+        return NARROW_OFFSET;
+    default:
+        return byte > 0 ? byte + NARROW_OFFSET : byte - NARROW_OFFSET;
+    }
+}
+
+// The men of one side, without its king in the counts; false when a kind has more men than any ending.
+bool collect_men(Side side, SideSquares& men, u8* counts) {
+    men.king = index_of_square[static_cast<std::size_t>(position.king_square(side))];
+    for (Square square = position.next_man(position.king_square(side)); square != LIST_END;
+         square = position.next_man(square)) {
+        const auto row = static_cast<std::size_t>(kind_of(position.at(square)) - PAWN);
+        if (men.count[row] == men.men[row].size())
+            return false;
+        men.men[row][men.count[row]++] = index_of_square[static_cast<std::size_t>(square)];
+    }
+    std::copy(men.count.begin(), men.count.end(), counts);
+    return true;
+}
+
+// Moves to mate become plies from the root.
+Score score_of(int value) {
+    if (value == 0)
+        return 0;
+    const int plies = value > 0 ? 1 + 2 * (MATE_IN_ONE_VALUE - value) : 2 * (value - MATED_VALUE);
+    return value > 0 ? MATE_SCORE - plies - position.search_ply : -MATE_SCORE + plies + position.search_ply;
+}
+
+}  // namespace
+
+void setup_tablebases() {
+    static void* cache_memory = nullptr;
+    init_block_cache(nullptr, 0);
+    free_table_memory(cache_memory);
+    cache_memory = nullptr;
+    tb_max_men = init_tablebases(settings.tb_path);
+    if (tb_max_men == 0)
+        return;
+    const std::size_t bytes = static_cast<std::size_t>(std::max(settings.tb_cache_mb, 0)) << 20;
+    cache_memory = allocate_table_memory(bytes);
+    init_block_cache(cache_memory, bytes);
+}
+
+int read_table_value(int number, Side side, u32 index) {
+    const TableRecord& table = table_record(number, side);
+    if (!table.registered() || !block_cache_has_entries() || index >= table.entry_count)
+        return NO_VALUE;
+    return ending(number).wide ? read_wide_value(number, side, index)
+                               : read_narrow_value(number, side, index);
+}
+
+bool probe_tablebase(Score& score_out) {
+    std::array<SideSquares, 2> men;
+    MaterialCounts counts{};
+    if (!collect_men(WHITE, men[WHITE], counts.data()) || !collect_men(BLACK, men[BLACK], counts.data() + 5))
+        return false;
+    const int signed_number = ending_by_material(counts);
+    if (signed_number == 0)
+        return false;
+    const bool exchanged = signed_number < 0;
+    const int number = std::abs(signed_number);
+    const Side side = exchanged ? other_side(position.side_to_move) : position.side_to_move;
+    if (!table_record(number, side).registered())
+        return false;
+    // The tables do not know how a pawn got where it stands: no en-passant square.
+    const u32 index = table_index(number, side, men[exchanged ? BLACK : WHITE],
+                                  men[exchanged ? WHITE : BLACK], NO_EP_SQUARE, exchanged ? 1 : 0);
+    const int value = read_table_value(number, side, index);
+    if (value == NO_VALUE)
+        return false;
+    score_out = score_of(value);
+    return true;
 }
 
 }  // namespace quelmar

@@ -7,12 +7,17 @@ namespace quelmar {
 
 extern int tb_max_men;  // most men, kings included, of any registered table; 0 without tables
 
-// Registers the tables found along settings.tb_path and allocates the block cache of settings.tb_cache_mb.
-// Sets tb_max_men. A broken table file ends the process with a message and exit status 1.
+// Registers the tables found along settings.tb_path and allocates the block cache of settings.tb_cache_mb;
+// what an earlier call had taken is given back. Sets tb_max_men. A broken table file ends the process with a
+// message and exit status 1.
 void setup_tablebases();
 
 // Looks the current position up. On success writes the score (of the side to move, relative to search_ply)
 // and returns true; false when no table holds the position or its file cannot be read.
 bool probe_tablebase(Score& score_out);
+
+// The value of an entry: 0 is drawn; 32766 mates in one move and every move more takes one off; -32766 is
+// mated and every move more adds one. NO_VALUE (block_cache.h) when it cannot be had.
+int read_table_value(int ending, Side side, u32 index);
 
 }  // namespace quelmar

@@ -1,0 +1,59 @@
+// Which tables exist: the files found along the path, and the material each of them is for.
+#pragma once
+
+#include "board/types.h"
+#include "tablebase/compressed_file.h"
+#include "tablebase/table_memory.h"
+
+#include <string_view>
+
+namespace quelmar {
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
+
+inline constexpr u32 TABLE_BLOCK_SIZE = 8192;  // bytes, of plain and of compressed tables
+inline constexpr u32 BLOCK_CHAINS = 32;        // per table
+
+// One table: an ending with one side to move. For a symmetric ending only White's record is used.
+struct TableRecord {
+    TableString path;                                   // empty: not registered
+    FileHandle file;                                    // opened by the first block that is read
+    std::unique_ptr<CompressedTableInfo> decoder_info;  // none for a plain file
+    TableVector<u32> block_directory;                   // first cached block of each chain, see block_cache.h
+    u32 entry_count = 0;
+
+    bool registered() const { return !path.empty(); }
+};
+
+// Men of White and of Black beside the kings: pawns, knights, bishops, rooks, queens.
+using MaterialCounts = std::array<u8, 10>;
+
+// Forgets all tables and registers those that the directories hold. Names are separated by ',', ';' or ':',
+// an empty name is the current directory. Returns the most men of any table found, 0 without tables. A table
+// that cannot be right ends the process with a message and exit status 1.
+int init_tablebases(std::string_view path_list);
+
+// Looks for one table; true if it is registered now. The first directory that holds it wins.
+bool register_table(std::string_view directory, int ending, Side side);
+
+// +n when White has the first group of ending n, -n when Black has it, 0 when there is no such ending or none
+// was ever registered. An ending that is its own exchange of colours is always +n.
+int ending_by_material(const MaterialCounts& counts);
+
+// The record that serves this ending and side to move.
+TableRecord& table_record(int ending, Side side);
+
+// The table does not count as registered from now on.
+void forget_table(TableRecord& table);
+
+// Opens a regular file for reading bytes; empty when that fails.
+FileHandle open_table_file(const char* path);
+void close_table_files();
+
+// Shared by all compressed tables; usable once one of them is registered.
+BlockDecoder& decode_workspace();
+
+}  // namespace quelmar
