@@ -88,31 +88,32 @@ void expect_reply(bool wanted) {
     state.ponder_move = wanted && search_state.pv_length >= 2 ? search_state.pv[1] : Move{};
 }
 
+// The move of root_moves that `move` is; empty when it is none.
+Move find_legal(const Move& move) {
+    for (const Move* legal = root_moves.data(); legal->from != 0; ++legal) {
+        if (same_squares(*legal, move) && legal->promotion == move.promotion && legal->flags == move.flags)
+            return *legal;
+    }
+    return {};
+}
+
+// What the search found. In a set-up position where the side to move could take the king it may have found
+// that, which is no move of chess.
+Move best_move() {
+    const Move found = search_state.pv_length > 0 ? find_legal(search_state.pv[0]) : Move{};
+    return found.from != 0 ? found : root_moves[0];
+}
+
 void think_and_move() {
     state.ponder_state = NOT_PONDERING;
     run_search();
-    if (search_state.pv_length == 0) {  // nothing to play: rather wait than think again for ever
-        wait_for_command();
-        return;
-    }
-    const Move best = search_state.pv[0];
+    const Move best = best_move();
     announce(best);
     play_game_move(best);
     whisper();
     count_towards_resigning();
     charge_clock();
     expect_reply(!state.easy_mode);
-}
-
-// The expected reply as a move of the current position; empty when it is none (moves may have been taken back
-// since it was predicted).
-Move legal_ponder_move() {
-    for (const Move* move = root_moves.data(); move->from != 0; ++move) {
-        if (same_squares(*move, state.ponder_move) && move->promotion == state.ponder_move.promotion &&
-            move->flags == state.ponder_move.flags)
-            return *move;
-    }
-    return {};
 }
 
 bool may_ponder() {
@@ -122,7 +123,7 @@ bool may_ponder() {
            !state.abort_search && !state.easy_mode && !state.game_over && search_state.pv_length >= 2 &&
            position.game_ply >= 1 && position.current().halfmove_clock <= LAST_HALFMOVE_CLOCK &&
            search_state.last_score > LOSING_MATE && search_state.last_score <= LAST_WINNING &&
-           legal_ponder_move().from != 0;
+           find_legal(state.ponder_move).from != 0;  // moves may have been taken back since it was predicted
 }
 
 void play_after_hit() {
@@ -136,7 +137,7 @@ void play_after_hit() {
 }
 
 void ponder() {
-    const Move expected = legal_ponder_move();
+    const Move expected = find_legal(state.ponder_move);
     state.user_move = {};
     std::printf("Pondering (%s)\n", move_text(expected).c_str());
     play_game_move(expected);
@@ -188,7 +189,7 @@ void one_pass() {
     build_root_moves();
     claim_result();
     resign_when_hopeless();
-    const bool may_play = position.usable && !state.game_over;
+    const bool may_play = position.usable && !state.game_over && root_moves[0].from != 0;
     if (may_play && !state.force_mode && !state.analyze_mode && engine_to_move())
         think_and_move();
     else if (may_ponder())
