@@ -23,8 +23,10 @@ Square first_man(Square start, int step) {
     return square;
 }
 
-bool attacks_from(Piece man, Square square, Square king) {
-    const Piece kind = kind_of(man);
+// Whether the moved man attacks the king from its destination.
+bool checks_directly(const Move& move, Square king) {
+    const Piece man = move.piece, kind = kind_of(man);
+    const Square square = move.to;
     if (kind == PAWN) {
         const int forward = side_of(man) == WHITE ? 16 : -16;
         return square + forward - 1 == king || square + forward + 1 == king;
@@ -34,7 +36,12 @@ bool attacks_from(Piece man, Square square, Square king) {
     if (kind == KING)
         return false;
     const int step = line_step[king - square];
-    return step != 0 && slides_along(kind, step) && first_man(square, step) == king;
+    if (step == 0 || !slides_along(kind, step))
+        return false;
+    Square met = first_man(square, step);
+    if (met == move.from)  // which the move has emptied
+        met = first_man(met, step);
+    return met == king;
 }
 
 // The man on `from` shields the king from one of our sliders and leaves the line.
@@ -50,7 +57,7 @@ bool uncovers(const Move& move, Square king) {
 
 int check_kind(const Move& move) {
     const Square king = position.king_square(other_side(position.side_to_move));
-    if (attacks_from(move.piece, move.to, king))
+    if (checks_directly(move, king))
         return DIRECT_CHECK;
     return uncovers(move, king) ? DISCOVERED_CHECK : NO_CHECK;
 }
