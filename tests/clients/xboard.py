@@ -149,6 +149,10 @@ def xboard_command(match: Match, folder: pathlib.Path, engine_folder: pathlib.Pa
         "-ponderNextMove", flag(match.ponder), "-showThinking", "true",
         "-saveSettingsOnExit", "false", "-popupExitMessage", "false", "-popupMoveErrors", "false", "-soundMove", "",
     ]
+    if match.screenshot_after:
+        command += ["-animateMoving", "false"]
+    else:
+        command += ["-noGUI"]  # drawing takes tens of milliseconds per move, off the clock of the side to move
     if match.moves_per_control:
         command += ["-movesPerSession", str(match.moves_per_control), "-timeIncrement", "-1"]
     else:
