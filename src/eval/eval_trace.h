@@ -14,7 +14,7 @@ struct EvalTrace {
         Points balance;       // White minus Black as it enters the totals
     };
     std::vector<Row> rows;
-    bool recognised = false;  // an ending with a score of its own: no further rows
+    bool recognised = false;  // an ending with a score of its own, to which the rows add nothing
     int mg = 0, eg = 0;       // totals for the side to move, before they are blended
     int blended = 0;
     int score = 0;  // after scaling

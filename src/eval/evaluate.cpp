@@ -32,6 +32,8 @@ constexpr int ENDGAME_DANGER_DIVISOR = 8;
 
 // What the search uses: nothing is recorded.
 struct NoRecord {
+    static constexpr bool GOES_ON = false;
+
     void add(const char* /*term*/, Points /*white*/, Points /*black*/, Points /*balance*/) {}
     void finish(const EvalContext& /*context*/, Points /*totals*/, int /*blended*/, int /*score*/) {}
     void recognise(int /*score*/) {}
@@ -284,7 +286,8 @@ template <class Record> int evaluate_with(Record& record) {
     compare_bishops(context);
     if (context.total_material() <= ENDING_MATERIAL && recognise_endgame(context, out.ply_eval)) {
         record.recognise(out.ply_eval);
-        return out.ply_eval;
+        if constexpr (!Record::GOES_ON)
+            return out.ply_eval;
     }
     score_pieces(context, totals);
     add_kings(context, totals, out);
@@ -297,6 +300,8 @@ template <class Record> int evaluate_with(Record& record) {
 }
 
 struct TraceRecord {
+    static constexpr bool GOES_ON = true;  // the terms are of interest in a known ending too
+
     EvalTrace trace;
 
     void add(const char* term, Points white, Points black, Points balance) {
@@ -306,7 +311,8 @@ struct TraceRecord {
         trace.mg = totals.mg;
         trace.eg = totals.eg;
         trace.blended = blended;
-        trace.score = score;
+        if (!trace.recognised)
+            trace.score = score;
         trace.scale_shift = {context.of(WHITE).scale_shift, context.of(BLACK).scale_shift};
         trace.cannot_win = {context.of(WHITE).cannot_win, context.of(BLACK).cannot_win};
     }
@@ -326,6 +332,7 @@ int evaluate() {
 EvalTrace trace_evaluation() {
     TraceRecord record;
     evaluate_with(record);
+    evaluate();  // leaves what the search would find, in a known ending too
     return record.trace;
 }
 
