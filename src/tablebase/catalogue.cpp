@@ -13,9 +13,9 @@ struct Row {
 
 constexpr unsigned SYMMETRIC = 1, WIDE = 2;
 
-// The numbering of the endings is their order here: by number of men, then the bare king's and the other
-// opponents in turn. The counts are the exact lengths of the tables in entries, trailing entries that only
-// illegal positions would use cut off.
+// The numbering of the endings is their order here: by number of men, and within it first those in which
+// both sides have men beside the king. The counts are the exact lengths of the tables in entries; where they
+// are below the range of the numbering, the missing entries belong to illegal positions only.
 // clang-format off
 constexpr Row ROWS[ENDING_COUNT] = {
     // 3 men
