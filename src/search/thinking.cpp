@@ -45,10 +45,12 @@ int centipawns(Score score) {
     return internal_units(score) * 100 >> 7;
 }
 
-// Moves to mate, "-" in front when we are mated.
+// Moves to mate after `sign`, with "-" in front of both when we are mated.
 std::string mate_text(Score score, const char* sign) {
     const int moves = score >= 0 ? (MATE_SCORE + 1 - score) / 2 : (score + MATE_SCORE) / 2;
-    return (score < 0 ? "-" : "") + std::string(sign) + std::to_string(moves);
+    std::array<char, 24> text{};
+    std::snprintf(text.data(), text.size(), "%s%s%d", score < 0 ? "-" : "", sign, moves);
+    return text.data();
 }
 
 std::span<const Move> pv_moves(int at_most = MAX_PV) {
