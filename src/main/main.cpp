@@ -1,3 +1,64 @@
-int main() {
-    return 0;
+// Start-up in its fixed order, then one of three modes: benchmark, EPD test, or play under an interface.
+
+#include "board/hash_keys.h"
+#include "eval/exchange.h"
+#include "protocol/benchmark.h"
+#include "protocol/epd_test.h"
+#include "protocol/game_loop.h"
+#include "protocol/input.h"
+#include "protocol/protocol_state.h"
+#include "protocol/startup.h"
+#include "protocol/xboard.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <span>
+#include <string_view>
+
+using namespace quelmar;
+
+namespace {
+
+enum class Mode { PLAY, BENCHMARK, EPD_TEST, USAGE_ERROR };
+
+// arguments[0] is the program.
+Mode choose_mode(std::span<char*> arguments) {
+    if (arguments.size() < 2)
+        return Mode::PLAY;
+    const std::string_view word = arguments[1];
+    if (word.starts_with("bench"))
+        return Mode::BENCHMARK;
+    if (word == "test")
+        return arguments.size() < 4 ? Mode::USAGE_ERROR : Mode::EPD_TEST;
+    return Mode::PLAY;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const std::span<char*> arguments{argv, static_cast<std::size_t>(argc)};
+    const Mode mode = choose_mode(arguments);
+
+    prepare_standard_streams();
+    if (mode == Mode::USAGE_ERROR) {
+        std::fprintf(stderr, "usage: %s test FILE SECONDS\n", arguments[0]);
+        return EXIT_FAILURE;
+    }
+    init_hash_keys();
+    build_exchange_table();
+    load_settings();
+    new_game();
+
+    open_input(mode == Mode::PLAY ? EndOfInput::QUITS : EndOfInput::IS_IGNORED);
+    switch (mode) {
+    case Mode::BENCHMARK:
+        protocol_state.post_thinking = true;
+        run_benchmark();
+        return EXIT_SUCCESS;
+    case Mode::EPD_TEST:
+        run_epd_test(arguments[2], arguments[3]);
+        return EXIT_SUCCESS;
+    default:
+        game_loop();
+    }
 }
