@@ -24,29 +24,47 @@ std::span<const Direction> directions(Piece kind) {
     }
 }
 
+namespace {
+
+// The first square that is not empty from here on; -1 for none.
+int first_man(const Board& board, int from, Direction by) {
+    int square = step(from, by);
+    while (square >= 0 && at(board, square) == EMPTY)
+        square = step(square, by);
+    return square;
+}
+
+}  // namespace
+
 bool attacked(const Board& board, int square, Side by) {
-    bool found = false;
-    for (Piece kind = KNIGHT; kind <= KING; ++kind)
-        for_each_attacked(board, square, kind,
-                          [&](int from) { found |= at(board, from) == man_of(by, kind); });
+    for (const Piece slider : {ROOK, BISHOP})
+        for (const Direction direction : directions(slider)) {
+            const int from = first_man(board, square, direction);
+            if (from >= 0 && (at(board, from) == man_of(by, slider) || at(board, from) == man_of(by, QUEEN)))
+                return true;
+        }
+    for (const Piece leaper : {KNIGHT, KING})
+        for (const Direction direction : directions(leaper)) {
+            const int from = step(square, direction);
+            if (from >= 0 && at(board, from) == man_of(by, leaper))
+                return true;
+        }
     for (const int side : {-1, 1}) {
         const int from = step(square, {side, -up(by)});
-        found |= from >= 0 && at(board, from) == man_of(by, PAWN);
+        if (from >= 0 && at(board, from) == man_of(by, PAWN))
+            return true;
     }
-    return found;
+    return false;
 }
 
 bool king_attacked(const Board& board, Side side) {
-    for (int square = 0; square < 64; ++square)
-        if (at(board, square) == man_of(side, KING))
-            return attacked(board, square, other_side(side));
-    return false;
+    return attacked(board, board.king[static_cast<std::size_t>(side)], other_side(side));
 }
 
 Board played(const Board& board, int from, int to, Piece becomes) {
     Board next = board;
-    next.piece[static_cast<std::size_t>(to)] = becomes;
-    next.piece[static_cast<std::size_t>(from)] = EMPTY;
+    put(next, to, becomes);
+    put(next, from, EMPTY);
     next.to_move = other_side(board.to_move);
     next.ep_square = NO_EP_SQUARE;
     return next;

@@ -10,7 +10,8 @@ namespace quelmar::tablemaker {
 
 // Men by square, a plain board without any cleverness.
 struct Board {
-    std::array<Piece, 64> piece{};
+    std::array<u8, 64> piece{};  // EMPTY or a man
+    std::array<int, 2> king{};
     Side to_move = WHITE;
     int ep_square = NO_EP_SQUARE;
 };
@@ -27,6 +28,13 @@ inline int step(int square, Direction by) {
 
 inline Piece at(const Board& board, int square) {
     return board.piece[static_cast<std::size_t>(square)];
+}
+
+// Puts a man, or EMPTY, on a square.
+inline void put(Board& board, int square, Piece man) {
+    board.piece[static_cast<std::size_t>(square)] = static_cast<u8>(man);
+    if (man != EMPTY && kind_of(man) == KING)
+        board.king[static_cast<std::size_t>(side_of(man))] = square;
 }
 
 // The steps of a kind KNIGHT..KING.
@@ -95,7 +103,7 @@ template <typename F> void for_each_pawn_move(const Board& board, int from, cons
             for_each_pawn_arrival(board, from, to, f);
         if (to == board.ep_square) {
             Board next = played(board, from, to, at(board, from));
-            next.piece[static_cast<std::size_t>(step(to, {0, -up(board.to_move)}))] = EMPTY;
+            put(next, step(to, {0, -up(board.to_move)}), EMPTY);
             f(next);
         }
     }

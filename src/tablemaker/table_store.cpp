@@ -8,11 +8,11 @@ namespace quelmar::tablemaker {
 
 std::optional<std::filesystem::path> TableStore::find(int number, Side side) const {
     const std::string name(ending(number).name);
-    const std::string suffix = side == WHITE ? "nbw" : "nbb";
-    for (const std::string& file : {name + "." + suffix, name + "." + suffix + ".emd",
-                                    name + "_" + suffix + ".emd", name + suffix + ".emd"})
-        if (std::filesystem::exists(directory_ / file))
-            return directory_ / file;
+    constexpr std::array WHITE_ENDS{".nbw", ".nbw.emd", "_nbw.emd", "nbw.emd"};
+    constexpr std::array BLACK_ENDS{".nbb", ".nbb.emd", "_nbb.emd", "nbb.emd"};
+    for (const char* const end : side == WHITE ? WHITE_ENDS : BLACK_ENDS)
+        if (std::filesystem::exists(directory_ / (name + end)))
+            return directory_ / (name + end);
     return std::nullopt;
 }
 

@@ -13,8 +13,10 @@ namespace quelmar::tablemaker {
 namespace {
 
 constexpr std::size_t FAULTS_TOLD = 8;
-constexpr int MATED = -126;    // as an entry
-constexpr int LONGEST = 1000;  // moves, more than any mate takes
+constexpr int MATED = -126;  // as an entry
+constexpr int NO_POSITION = 127;
+constexpr int LONGEST = 1000;     // moves, more than any mate takes
+constexpr int UNEXPECTED = 9999;  // no entry is this
 
 // All tables that positions of one ending and their successors need.
 class Values {
@@ -70,17 +72,21 @@ private:
 // The entry that the position must have, by those of its successors.
 int expected_entry(const Board& board, const Values& values) {
     int shortest_win = LONGEST, longest_loss = -1;
-    bool draw = false, any = false;
+    bool draw = false, any = false, broken = false;
     for_each_move(board, [&](const Board& next) {
         any = true;
         const int entry = values.entry(next);
-        if (entry == 0)
+        if (entry == NO_POSITION)
+            broken = true;
+        else if (entry == 0)
             draw = true;
         else if (entry < 0 && entry > -128)  // the opponent is mated in this many moves, we mate one later
             shortest_win = std::min(shortest_win, entry == -127 ? 127 : entry - MATED + 1);
         else
             longest_loss = std::max(longest_loss, entry == -128 ? 127 : 127 - entry);
     });
+    if (broken)
+        return UNEXPECTED;
     if (!any)
         return king_attacked(board, board.to_move) ? MATED : 0;
     if (shortest_win < LONGEST)
@@ -97,7 +103,7 @@ public:
     // All positions with White's king on this square.
     void verify_king(int white_king) {
         Board board;
-        board.piece[static_cast<std::size_t>(white_king)] = WHITE_KING;
+        put(board, white_king, WHITE_KING);
         place(board, 1, 0);
     }
 
@@ -114,12 +120,11 @@ private:
         const Man man = men.man[i];
         const bool pawn = man.kind == PAWN;
         for (int square = std::max(first, pawn ? 8 : 0); square < (pawn ? 56 : 64); ++square) {
-            Piece& here = board.piece[static_cast<std::size_t>(square)];
-            if (here != EMPTY)
+            if (at(board, square) != EMPTY)
                 continue;
-            here = man_of(man.side, man.kind);
+            put(board, square, man_of(man.side, man.kind));
             place(board, i + 1, i + 1 < men.count && men.man[i + 1] == man ? square + 1 : 0);
-            here = EMPTY;
+            put(board, square, EMPTY);
         }
     }
 

@@ -1,0 +1,85 @@
+#include "tablemaker/maker.h"
+
+#include "support/made_tables.h"
+#include "tablebase/catalogue.h"
+#include "tablemaker/error.h"
+#include "tablemaker/table_file.h"
+#include "tablemaker/verify.h"
+
+#include <gtest/gtest.h>
+
+namespace quelmar::tablemaker {
+namespace {
+
+using quelmar::testing::MadeTables;
+
+TEST(Maker, MakesTheThreeMenEndings) {
+    MadeTables tables;
+    const struct {
+        const char* name;
+        int longest_win;
+    } cases[] = {{"kqk", 10}, {"krk", 16}, {"kpk", 28}, {"kbk", 0}, {"knk", 0}};
+    for (const auto& [name, longest_win] : cases) {
+        tables.make(name);
+        EXPECT_EQ(tables.longest_win(name), longest_win) << name;
+        EXPECT_EQ(tables.faults(name), "") << name;
+    }
+}
+
+// Equal men, and tables that were there before.
+TEST(Maker, MakesTwoBishopsFromAPackedTableOfOne) {
+    MadeTables tables(true);
+    tables.make("kbbk");
+    EXPECT_TRUE(exists(tables.directory() / "kbk.nbw.emd"));
+    EXPECT_EQ(tables.longest_win("kbbk"), 19);
+    EXPECT_EQ(tables.faults("kbbk"), "");
+}
+
+// One file for both sides to move.
+TEST(Maker, MakesASymmetricEnding) {
+    MadeTables tables;
+    tables.make("krkr");
+    EXPECT_FALSE(exists(tables.directory() / "krkr.nbb"));
+    EXPECT_EQ(tables.longest_win("krkr"), 19);
+}
+
+TEST(Maker, MakesNothingTwice) {
+    MadeTables tables;
+    tables.make("kqk");
+    // Whatever a file of the right size holds is believed; the missing one is made.
+    const std::vector<u8> marked(ending(ending_by_name("kqk")).entry_count[WHITE], 1);
+    write_file(tables.directory() / "kqk.nbw", marked);
+    remove(tables.directory() / "kqk.nbb");
+    tables.make("kqk");
+    EXPECT_EQ(read_table(tables.directory() / "kqk.nbw"), marked);
+    EXPECT_TRUE(exists(tables.directory() / "kqk.nbb"));
+}
+
+TEST(Maker, RefusesWhatItCannotDo) {
+    MadeTables tables;
+    EXPECT_THROW(tables.make("kqqkqq"), TablemakerError);
+    tables.make("kbk");
+    write_file(tables.directory() / "kbk.nbw", std::vector<u8>(5));
+    EXPECT_THROW(tables.make("kbbk"), TablemakerError) << "rests on a table of the wrong size";
+    Maker nowhere(tables.directory() / "missing", {});
+    EXPECT_THROW(nowhere.make(ending_by_name("kqk")), TablemakerError);
+}
+
+TEST(Verify, FindsWrongEntries) {
+    MadeTables tables;
+    tables.make("krk");
+    std::vector<u8> table = read_table(tables.directory() / "krk.nbb");
+    for (const int change : {1, -1}) {
+        std::vector<u8> wrong = table;
+        const auto loss = std::find(wrong.begin(), wrong.end(), static_cast<u8>(-120));  // mated in six
+        *loss = static_cast<u8>(*loss + change);
+        write_file(tables.directory() / "krk.nbb", wrong);
+        EXPECT_NE(tables.faults("krk"), "");
+    }
+    std::replace(table.begin(), table.end(), u8{0}, u8{127});  // the draws become no positions
+    write_file(tables.directory() / "krk.nbb", table);
+    EXPECT_NE(tables.faults("krk"), "");
+}
+
+}  // namespace
+}  // namespace quelmar::tablemaker
