@@ -175,10 +175,11 @@ void check_table_file(const std::filesystem::path& path) {
     const bool white = name.ends_with("nbw"), black = name.ends_with("nbb");
     if (white || black)
         name.resize(name.size() - SUFFIX);
-    if (name.ends_with('.') || (compressed && name.ends_with('_')))
+    const bool separated = name.ends_with('.') || (compressed && name.ends_with('_'));
+    if (separated)
         name.pop_back();
     const int number = ending_by_name(name);
-    if (!(white || black) || number == 0 || (black && ending(number).symmetric))
+    if (!(white || black) || !(separated || compressed) || number == 0 || (black && ending(number).symmetric))
         throw TablemakerError(path.string() + ": this is not the name of a table");
     const u64 entries = ending(number).entry_count[black ? BLACK : WHITE];
     if (read_table(path).size() != entries * (ending(number).wide ? 2 : 1))

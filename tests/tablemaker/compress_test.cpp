@@ -1,7 +1,6 @@
-#include "tablemaker/compress.h"
-
 #include "support/temporary_directory.h"
 #include "tablemaker/block_parser.h"
+#include "tablemaker/compress.h"
 #include "tablemaker/prefix_code.h"
 #include "tablemaker/table_file.h"
 
@@ -29,7 +28,7 @@ Bytes table_like(std::size_t size, unsigned seed) {
         const std::size_t distance = std::array{1, 61, 62, 3660}[random() % 4];
         for (std::size_t i = 0; i < length; ++i)
             bytes.push_back(distance > bytes.size() || random() % 30 == 0 ? static_cast<u8>(random() % 50)
-                                                                         : bytes[bytes.size() - distance]);
+                                                                          : bytes[bytes.size() - distance]);
     }
     bytes.resize(size);
     return bytes;
@@ -80,7 +79,8 @@ TEST(Compress, FindsTheDistancesOfATable) {
     const Distances distances = choose_distances(table, Workers(1));
     EXPECT_NE(std::find(distances.begin(), distances.end(), 997), distances.end());
     EXPECT_EQ(std::set<u16>(distances.begin(), distances.end()).size(), DISTANCE_COUNT);
-    EXPECT_TRUE(std::all_of(distances.begin(), distances.end(), [](u16 d) { return d > 0 && d < BLOCK_SIZE; }));
+    EXPECT_TRUE(
+        std::all_of(distances.begin(), distances.end(), [](u16 d) { return d > 0 && d < BLOCK_SIZE; }));
 }
 
 TEST(LengthCodes, CoverEveryLength) {
@@ -88,8 +88,9 @@ TEST(LengthCodes, CoverEveryLength) {
         const LengthCode as = code_of_length(length);
         ASSERT_LT(as.code, LENGTH_CODES);
         ASSERT_LT(as.extra, 1U << as.extra_bits);
-        const std::size_t read =
-            as.extra_bits == 0 ? as.code + 1 : (std::size_t{1} << as.extra_bits) + as.extra + LAST_PLAIN_LENGTH;
+        const std::size_t read = as.extra_bits == 0
+                                     ? as.code + 1
+                                     : (std::size_t{1} << as.extra_bits) + as.extra + LAST_PLAIN_LENGTH;
         ASSERT_EQ(read, length);
         ASSERT_GE(longest_of_code(as.code), length);
         ASSERT_EQ(code_of_length(longest_of_code(as.code)).code, as.code);
@@ -119,7 +120,7 @@ TEST(PrefixCode, LengthsSurviveTheirPackedForm) {
         const unsigned longest_run = std::array{1U, 3U, 40U, 600U}[static_cast<std::size_t>(round % 4)];
         for (std::size_t i = 0; i < lengths.size();) {
             const auto length = static_cast<u8>(random() % 3 == 0 ? 0 : random() % 17);
-            for (unsigned run = 1 + random() % longest_run; run > 0 && i < lengths.size(); --run)
+            for (auto run = 1 + random() % longest_run; run > 0 && i < lengths.size(); --run)
                 lengths[i++] = length;
         }
         BitWriter out;

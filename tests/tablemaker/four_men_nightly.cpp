@@ -15,8 +15,8 @@ using quelmar::testing::MadeTables;
 constexpr struct {
     const char* name;
     int longest_win;
-} LONGEST_WINS[] = {{"kqk", 10},  {"krk", 16},  {"kbbk", 19}, {"kbnk", 33},
-                    {"kpk", 28},  {"kqkr", 35}, {"krkn", 40}, {"krkb", 29}};
+} LONGEST_WINS[] = {{"kqk", 10}, {"krk", 16},  {"kbbk", 19}, {"kbnk", 33},
+                    {"kpk", 28}, {"kqkr", 35}, {"krkn", 40}, {"krkb", 29}};
 
 TEST(FourMen, AreMadePackedAndTrue) {
     MadeTables tables;

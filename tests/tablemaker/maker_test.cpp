@@ -1,8 +1,7 @@
-#include "tablemaker/maker.h"
-
 #include "support/made_tables.h"
 #include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
+#include "tablemaker/maker.h"
 #include "tablemaker/table_file.h"
 #include "tablemaker/verify.h"
 

@@ -1,6 +1,5 @@
-#include "tablemaker/numbering.h"
-
 #include "tablebase/catalogue.h"
+#include "tablemaker/numbering.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -23,14 +22,16 @@ Squares random_squares(const Men& men, std::mt19937& random) {
     return squares;
 }
 
-// All ways to look at the same position: files mirrored, and without pawns ranks mirrored and the board turned.
-std::vector<Squares> images(const Squares& squares, bool pawns) {
+// All ways to look at the same position: files mirrored, and without pawns ranks mirrored and the board
+// turned.
+std::vector<Squares> images(const Men& men, const Squares& squares) {
+    const bool pawns = men.has_pawn(WHITE) || men.has_pawn(BLACK);
     std::vector<Squares> all;
     for (int turn = 0; turn < (pawns ? 2 : 8); ++turn) {
         Squares image = squares;
-        for (u8& square : image) {
-            const int turned = square ^ (turn & 1 ? 7 : 0) ^ (turn & 2 ? 56 : 0);
-            square = static_cast<u8>(turn & 4 ? turned % 8 * 8 + turned / 8 : turned);
+        for (std::size_t i = 0; i < men.count; ++i) {
+            const int turned = image[i] ^ (turn & 1 ? 7 : 0) ^ (turn & 2 ? 56 : 0);
+            image[i] = static_cast<u8>(turn & 4 ? turned % 8 * 8 + turned / 8 : turned);
         }
         all.push_back(image);
     }
@@ -47,7 +48,7 @@ TEST_P(NumberingOf, GivesAllImagesOfAPositionTheSamePlace) {
     for (int round = 0; round < 20000; ++round) {
         std::set<u32> numbers;
         bool touching = false;
-        for (Squares image : images(random_squares(men, random), men.has_pawn(WHITE) || men.has_pawn(BLACK))) {
+        for (Squares image : images(men, random_squares(men, random))) {
             const u32 number = numbering.normalise(image);
             touching |= number == NOWHERE;
             if (touching)
@@ -73,7 +74,8 @@ TEST_P(NumberingOf, StepsAsIfNumberedAnew) {
         Squares squares = random_squares(men, random);
         const u32 number = numbering.normalise(squares);
         const std::size_t man = random() % men.count;
-        const int to = men.man[man].kind == PAWN ? static_cast<int>(8 + random() % 48) : static_cast<int>(random() % 64);
+        const int to =
+            men.man[man].kind == PAWN ? static_cast<int>(8 + random() % 48) : static_cast<int>(random() % 64);
         if (number == NOWHERE || (occupied_squares(men, squares) & bit(to)) != 0)
             continue;
         Squares moved = squares;

@@ -1,9 +1,8 @@
-#include "tablemaker/table_file.h"
-
 #include "support/temporary_directory.h"
 #include "tablebase/compressed_file.h"
 #include "tablemaker/compress.h"
 #include "tablemaker/error.h"
+#include "tablemaker/table_file.h"
 #include "tablemaker/verify.h"
 
 #include <fstream>
@@ -60,7 +59,9 @@ TEST_F(TableFile, CheckFindsEveryKindOfDamage) {
         EXPECT_NE(fault("krk.nbw.emd", damaged), "") << at;
     }
     for (const std::size_t size : {std::size_t{0}, std::size_t{79}, std::size_t{200}, packed.size() - 1})
-        EXPECT_NE(fault("krk.nbw.emd", Bytes(packed.begin(), packed.begin() + static_cast<std::ptrdiff_t>(size))), "")
+        EXPECT_NE(
+            fault("krk.nbw.emd", Bytes(packed.begin(), packed.begin() + static_cast<std::ptrdiff_t>(size))),
+            "")
             << size;
     Bytes grown = packed;
     grown.push_back(0);

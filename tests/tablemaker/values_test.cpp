@@ -17,8 +17,8 @@ TEST(Values, BytesCountMovesToMate) {
         int plies, byte;
         const char* meaning;
     } cases[] = {
-        {0, -126, "mated on the board"}, {1, 126, "mate in one"},         {2, -125, "mated in one"},
-        {3, 125, "mate in two"},         {250, -1, "mated in 125"},       {251, 1, "mate in 126"},
+        {0, -126, "mated on the board"}, {1, 126, "mate in one"},          {2, -125, "mated in one"},
+        {3, 125, "mate in two"},         {250, -1, "mated in 125"},        {251, 1, "mate in 126"},
         {252, -127, "mated in 126"},     {253, -128, "mate in 127 moves"},
     };
     for (const auto& [plies, byte, meaning] : cases)
