@@ -7,7 +7,7 @@ namespace quelmar::tablemaker {
 
 namespace {
 
-constexpr std::size_t SAMPLE_BLOCKS = 24, CANDIDATES = 256;
+constexpr std::size_t SAMPLE_BLOCKS = 12, CANDIDATES = 96;
 constexpr int LITERAL_COST = 6 * 16, MATCH_COST = 11 * 16;  // 16ths of a bit
 constexpr std::size_t SHORTEST_RUN = 3;
 
@@ -42,15 +42,19 @@ template <typename F> void for_each_run(std::span<const u8> block, std::size_t d
 // Distances that repeat much by themselves, the best first. Where a byte repeats its neighbours any distance
 // does, which says nothing: there only the edges count.
 std::vector<u16> candidates(const std::vector<std::span<const u8>>& sample, const Workers& workers) {
+    std::vector<std::vector<u32>>
+        changes;  // up to each byte of each block: how many differ from the one before
+    for (const auto block : sample) {
+        std::vector<u32>& sums = changes.emplace_back(block.size());
+        for (std::size_t i = 1; i < block.size(); ++i)
+            sums[i] = sums[i - 1] + (block[i] != block[i - 1] ? 1 : 0);
+    }
     std::vector<u64> score(BLOCK_SIZE);
     workers.share(BLOCK_SIZE, 64, [&](u64 first, u64 last) {
         for (u64 distance = std::max<u64>(first, 1); distance < last; ++distance)
-            for (const auto block : sample)
-                for_each_run(block, distance, [&](std::size_t start, std::size_t length) {
-                    std::size_t changes = 0;
-                    for (std::size_t i = start + 1; i < start + length; ++i)
-                        changes += block[i] != block[i - 1] ? 1 : 0;
-                    score[distance] += changes;
+            for (std::size_t i = 0; i < sample.size(); ++i)
+                for_each_run(sample[i], distance, [&](std::size_t start, std::size_t length) {
+                    score[distance] += changes[i][start + length - 1] - changes[i][start];
                 });
     });
     std::vector<u16> order(BLOCK_SIZE - 1);
