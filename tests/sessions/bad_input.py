@@ -17,6 +17,16 @@ ARGUMENTS = (
     b" \xff\xfe\x00\x80\x1b", b" " + b"9" * 3000, b"\t\t\t", b"=",
 )
 
+# Each of these is a search of its own until the next line ends it.
+SEARCHES = (b"bench", b"analyze", b"go", b"new", b"force", b"remove")
+ARGUMENTS_OF_SEARCHES = ARGUMENTS[:6]
+
+
+def lines_with(word):
+    few = word.split(b" ")[0] in SEARCHES
+    return [word + argument + b"\n" for argument in (ARGUMENTS_OF_SEARCHES if few else ARGUMENTS)]
+
+
 XBOARD_WORDS = (
     b"xboard", b"ics", b"protover", b"rejected", b"accepted", b"diagram", b"eval", b"bench", b"new", b"post",
     b"nopost", b"random", b"force", b"analyze", b".", b"easy", b"hard", b"go", b"time", b"otim", b"level",
@@ -25,6 +35,8 @@ XBOARD_WORDS = (
 )
 
 START_RANK = r"^\| R \| N \| B \| Q \| K \| B \| N \| R \|$"
+
+LONG_GAME = 6000  # plies
 
 # How the engine gets into each state from a new game, and the line that shows it is there.
 XBOARD_STATES = {
@@ -49,8 +61,7 @@ def try_xboard(engine, state, word):
     commands, sign = XBOARD_STATES[state]
     engine.say("new", "xboard", *commands)
     engine.await_match(sign)
-    # Not more than memory for all tries together.
-    engine.send(b"".join(word + argument + b"\n" for argument in ARGUMENTS))
+    engine.send(b"".join(lines_with(word)))
     # "level 0 5 0" also ends what an absurd level began.
     engine.say("force", "?", "new", "level 0 5 0", "diagram")
     engine.sync()
@@ -75,9 +86,10 @@ def try_uci(engine, searching, word):
     if searching:
         engine.say("go infinite")
         engine.await_match("^info depth 2 ")
-    engine.send(b"".join(word + argument + b"\n" for argument in ARGUMENTS))
+    lines = lines_with(word)
+    engine.send(b"".join(lines))
     # As many searches as there may have been, each of them perhaps without end.
-    engine.say(*["stop"] * (len(ARGUMENTS) + 2))
+    engine.say(*["stop"] * (len(lines) + 1))
     engine.say("debug off", "setoption name Hash value 2", "isready")
     engine.await_match("^readyok$")
 
@@ -100,6 +112,26 @@ def check_uci(program):
             sys.exit("%s after %r, searching: %s\n%s" % (failure, word, searching, engine.report()))
 
 
+def check_long_game(program):
+    """A game longer than the position stack, there and back; a line longer than any buffer."""
+    shuffle = ["g1f3", "g8f6", "f3g1", "f6g8"] * (LONG_GAME // 4)
+    with Engine(program) as engine:
+        try:
+            engine.say("force", *("usermove " + move for move in shuffle), "diagram")
+            engine.sync()
+            engine.say("st 0", "easy", "go", "force")  # the repetition has ended the game: nobody moves
+            engine.say(*["undo"] * LONG_GAME, "setboard 7k/8/8/8/8/8/8/K6R w", "usermove h1g1")
+            engine.await_match("^made move h1g1$")
+            engine.say("uci", "position startpos moves " + " ".join(shuffle + ["e2e4"]), "go depth 3")
+            engine.await_match("^bestmove [a-h][78]|^bestmove [bg]8")
+            engine.say("position startpos moves " + "x" * (3 << 20), "isready")
+            engine.await_match("^Engine received illegal move!$")
+            engine.await_match("^readyok$")
+        except Failure as failure:
+            sys.exit("%s in a long game\n%s" % (failure, engine.report()))
+
+
 if __name__ == "__main__":
     check_xboard(sys.argv[1])
     check_uci(sys.argv[1])
+    check_long_game(sys.argv[1])

@@ -40,6 +40,8 @@ class Engine:
             stdout=subprocess.PIPE,
             stderr=self.errors,
             bufsize=0,
+            # A sanitizer shall let an absurd allocation fail as the system does.
+            env=os.environ | {"ASAN_OPTIONS": "allocator_may_return_null=1"},
         )
         self.unread = b""
         self.seen = []  # every line so far, for reports
@@ -66,14 +68,24 @@ class Engine:
         """Writes as it stands, line ends included, in one go."""
         data = text if isinstance(text, bytes) else text.encode()
         deadline = time.monotonic() + PATIENCE
+        output = self.process.stdout
         while data:
-            _, writable, _ = select.select([], [self.process.stdin], [], deadline - time.monotonic())
-            if not writable:
+            # Both pipes may be full: taking the output in keeps the engine going.
+            sources = [] if output.closed else [output]
+            patience = max(0, deadline - time.monotonic())
+            readable, writable, _ = select.select(sources, [self.process.stdin], [], patience)
+            if not readable and not writable:
                 raise Failure("the engine does not read its input")
-            try:
-                data = data[os.write(self.process.stdin.fileno(), data[:4096]) :]
-            except BrokenPipeError:
-                raise Failure("the engine is gone") from None
+            if readable:
+                chunk = os.read(output.fileno(), 65536)
+                self.unread += chunk
+                if not chunk:
+                    raise Failure("the engine is gone")
+            if writable:
+                try:
+                    data = data[os.write(self.process.stdin.fileno(), data[:4096]) :]
+                except BrokenPipeError:
+                    raise Failure("the engine is gone") from None
 
     def say(self, *lines):
         self.send("".join(line + "\n" for line in lines))
