@@ -5,6 +5,8 @@ import re
 from collections import Counter
 from dataclasses import dataclass, field
 
+import replay
+
 # The comments in front of a result that tell of an end by the rules (claimed by an engine and checked by xboard, or found
 # by xboard), or of a side that gave up. All others (lost on time, an illegal move, a false claim, an engine that is
 # gone, the match broken off) are failures.
@@ -17,10 +19,11 @@ RULES = re.compile(
         Draw\ claim:\ .*
     )$""", re.VERBOSE | re.IGNORECASE)
 RESULTS = ("1-0", "0-1", "1/2-1/2")
-# What no engine may say and xboard may not have to say about one.
-ALARMS = re.compile(r"Illegal move|False (win|draw|illegal-move) claim|Forfeit|exited unexpectedly|Sanitizer|runtime error:"
-                    r"|\*\*\* |Error in EPD|not supported by|rejected by")
+# What no engine may say and xboard may not have to say about one. Some engines take "computer" for a move.
+ALARMS = re.compile(r"Illegal move(?!: computer)|Forfeit|exited unexpectedly|Sanitizer|runtime error:|\*\*\* |Error in EPD"
+                    r"|not supported by|rejected by")
 SPOKEN = re.compile(r"(\d+) ([<>])(first |second): ?")
+MOVE_SENT = re.compile(r"usermove|go$|[a-h][1-8][a-h][1-8]|O-O")
 
 
 @dataclass
@@ -29,9 +32,19 @@ class Game:
     plies: int
     reason: str  # the comment in front of the result
     result: str
+    moves: list[str] = field(default_factory=list)  # in coordinates, as the engines wrote them
 
     def ended_by_rules(self) -> bool:
-        return self.result in RESULTS and bool(RULES.match(self.reason))
+        return self.result in RESULTS and bool(RULES.match(self.reason) or self.is_minor_pieces_draw())
+
+    def is_minor_pieces_draw(self) -> bool:
+        """Quelmar claims a draw when neither side has more than one minor piece. xboard knows that a mate is possible
+        even then and scores the claim as a loss."""
+        if self.reason != "False draw claim: 'Material'":
+            return False
+        men = replay.men_left(self.tags.get("FEN", replay.START_FEN), self.moves)
+        return (not re.search("[PRQprq]", men) and len(re.findall("[NB]", men)) <= 1
+                and len(re.findall("[nb]", men)) <= 1)
 
 
 @dataclass
@@ -74,6 +87,13 @@ def spoken_lines(log: str):
             yield int(pieces[-1][1]), pieces[0][3].strip(), pieces[0][2] == "<", text
 
 
+def note_moves(games: list[Game], log: str) -> None:
+    parts = re.split(r"^New game \(\d+\): ", log, flags=re.MULTILINE)[1:]
+    for game, part in zip(games, parts):
+        game.moves = [text[5:].strip() for _, _, from_engine, text in spoken_lines(part)
+                      if from_engine and text.startswith("move ")]
+
+
 def use_of_clocks(log: str) -> dict[str, Clock]:
     clocks = {"first": Clock(), "second": Clock()}
     left: dict[str, int] = {}
@@ -81,7 +101,7 @@ def use_of_clocks(log: str) -> dict[str, Clock]:
     for stamp, name, from_engine, text in spoken_lines(log):
         if not from_engine and text.startswith("time "):
             left[name] = int(text[5:]) * 10
-        elif not from_engine and text.startswith(("go", "usermove")):
+        elif not from_engine and MOVE_SENT.match(text):
             since[name] = stamp
         elif from_engine and text.startswith("move ") and name in since and name in left:
             clock, thought = clocks[name], stamp - since.pop(name)
@@ -106,6 +126,7 @@ def alarms(log: str, limit: int = 10) -> list[str]:
 def judge(folder: pathlib.Path, expected_games: int) -> Verdict:
     pgn, log, messages = (folder / name for name in ("games.pgn", "debug.log", "xboard.err"))
     games = parse_games(pgn.read_text(errors="replace")) if pgn.exists() else []
+    note_moves(games, log.read_text(errors="replace") if log.exists() else "")
     verdict = Verdict(games)
     if len(games) != expected_games:
         verdict.failures.append(f"{len(games)} games instead of {expected_games}")

@@ -1,8 +1,8 @@
 """Plays a match of two engines in xboard, on a display and in a home directory of its own.
 
 xboard is the referee: it keeps the clocks, checks every move and, unless told to end games itself, checks every result
-that an engine claims. A match leaves three files in its folder: games.pgn, debug.log (the whole conversation with both
-engines, with milliseconds) and xboard.err (xboard's own messages and what the engines write on standard error).
+that an engine claims. A match leaves in its folder games.pgn, debug.log (the whole conversation with both engines, with
+milliseconds) and xboard.err (xboard's own messages and what the engines write on standard error).
 
 Nothing of the user is read or written, and nothing outlives a match: this process adopts every orphan below it, so that
 engines whose xboard has died are found and ended too.

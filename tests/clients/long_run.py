@@ -1,0 +1,51 @@
+#!/usr/bin/env python3
+"""Plays the long matches one after the other: long_run.py QUELMAR FOLDER [NAME ...].
+
+Each leaves its records in FOLDER/NAME, with what match.py printed in summary.txt. Without names all are played, which
+takes some hours. Exit status 1 if one failed.
+"""
+
+import pathlib
+import shlex
+import subprocess
+import sys
+
+HERE = pathlib.Path(__file__).resolve().parent
+RANDOM_MOVER = "{python} {here}/random_mover.py {quelmar}"
+MATCHES = {
+    "picture": "--games 1 --seconds 60 --increment 1 --second phalanx --screenshot 20",
+    "self_play": "--games 100 --seconds 1 --increment 0.05",
+    "chess960": "--games 100 --seconds 1 --increment 0.05 --variant fischerandom",
+    "ponder": "--games 20 --seconds 2 --increment 0.05 --ponder",
+    "forty_moves": "--games 4 --seconds 10 --moves 40",
+    "tenths": "--games 10 --seconds 3 --increment 0.1 --variant fischerandom --start 7",
+    "phalanx": "--games 20 --seconds 1 --increment 0.05 --second phalanx",
+    "phalanx_forty_moves": "--games 4 --seconds 10 --moves 40 --second phalanx",
+    "phalanx_ponder": "--games 10 --seconds 2 --increment 0.05 --ponder --second phalanx",
+    "random_mover": f"--games 20 --seconds 1 --increment 0.05 --first-must-win --second '{RANDOM_MOVER}'",
+    "random_mover_chess960": "--games 20 --seconds 1 --increment 0.05 --first-must-win --variant fischerandom "
+                             f"--start 11 --second '{RANDOM_MOVER}'",
+}
+
+
+def run(name: str, quelmar: pathlib.Path, folder: pathlib.Path) -> bool:
+    options = MATCHES[name].format(python=sys.executable, here=HERE, quelmar=quelmar)
+    records = folder / name
+    records.mkdir(parents=True, exist_ok=True)
+    command = [sys.executable, "-B", str(HERE / "match.py"), "--first", str(quelmar), "--keep", str(records)]
+    done = subprocess.run(command + shlex.split(options), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+    (records / "summary.txt").write_text(done.stdout)
+    print(f"== {name}: {options}\n{done.stdout}", flush=True)
+    return done.returncode == 0
+
+
+def main() -> int:
+    quelmar, folder = (pathlib.Path(text).absolute() for text in sys.argv[1:3])
+    names = sys.argv[3:] or list(MATCHES)
+    failed = [name for name in names if not run(name, quelmar, folder)]
+    print("failed: " + ", ".join(failed) if failed else f"all {len(names)} matches passed")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
