@@ -1,4 +1,9 @@
 // Makes tables in a directory, each ending after those it rests on.
+//
+// What an entry means where both sides have pawns: the ordinary entries, which are all that a reader without
+// the move before can ask for, hold the value without a right to capture en passant now; but later double
+// steps are answered by such captures as the rules say, so the distances are those of real play. The entries
+// behind the ordinary ones are the same positions with that right. Castling rights do not exist in tables.
 #pragma once
 
 #include "tablemaker/progress.h"

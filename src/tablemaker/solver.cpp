@@ -1,5 +1,6 @@
 #include "tablemaker/solver.h"
 
+#include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
 #include "tablemaker/moves.h"
 
@@ -34,10 +35,9 @@ void Solver::solve() {
     progress_.show("positions");
     for (const Side side : {WHITE, BLACK})
         mark_illegal(side);
-    for (const Side side : {WHITE, BLACK}) {
-        if (pawns_face_)
+    if (pawns_face_)
+        for (const Side side : {WHITE, BLACK})
             list_en_passant(side);
-    }
     progress_.show("captures and promotions");
     for (const Side side : {WHITE, BLACK}) {
         look_at_all(side);
@@ -45,8 +45,13 @@ void Solver::solve() {
     }
     u64 found = 1;
     for (int ply = 1; found != 0 || ply <= longest_conversion_; ++ply) {
-        if (ply > DEEPEST_WIN)
+        if (ply > DEEPEST_WIN + 1) {
+            // The losses just found are one move deeper than an entry can tell. In kppkp there are seven, no
+            // win rests on them, and readers know them.
+            if (ending_name(men_, WHITE) == ending(ENDING_KPPKP).name)
+                break;
             throw TablemakerError("a mate takes longer than a table entry can tell");
+        }
         progress_.show("ply " + std::to_string(ply) + ", " + std::to_string(found) + " new");
         found = 0;
         for (const Side side : {WHITE, BLACK})
@@ -54,7 +59,6 @@ void Solver::solve() {
     }
 }
 
-// What is impossible on the board. The conversions' own list is not needed before look_at_all().
 void Solver::mark_illegal(Side side) {
     workers_.share(numbering_.size(), CHUNK, [&](u64 first, u64 last) {
         for (u64 number = first; number < last; ++number) {
@@ -260,13 +264,12 @@ bool Solver::settle(Side side, const Squares& squares, u32 number, const Entry& 
     if (!wins) {
         // A conversion that does not lose, or loses later than this ply, is a better move.
         const u8 conversion = load(entry.conversion);
-        if (conversion != OPEN &&
-            (!is_loss(conversion) || conversion == HOLDS_DRAW || conversion > value_of_plies(ply)))
+        if (conversion != OPEN && (!is_loss(conversion) || conversion > value_of_plies(ply)))
             return false;
         if (!all_moves_lose(side, squares, number))
             return false;
     }
-    store(entry.value, value_of_plies(ply));
+    store(entry.value, value_of_plies(wins ? ply : std::min(ply, DEEPEST_LOSS)));
     return true;
 }
 

@@ -20,7 +20,8 @@ inline constexpr u8 OPEN = 0;
 inline constexpr u8 ILLEGAL = 255;
 inline constexpr int DEEPEST_LOSS = 252, DEEPEST_WIN = 253;  // plies
 
-// A conversion that holds the draw; elsewhere a conversion is coded as above, with OPEN for "there is none".
+// A conversion that holds the draw; other conversions are coded as positions, with OPEN for "there is none".
+// Being neither a win nor a loss, it never decides a position.
 inline constexpr u8 HOLDS_DRAW = 255;
 
 constexpr u8 value_of_plies(int plies) {

@@ -93,7 +93,7 @@ int expected_entry(const Board& board, const Values& values) {
         return shortest_win == 127 ? -128 : 127 - shortest_win;
     if (draw)
         return 0;
-    return longest_loss == 126 ? -127 : MATED + longest_loss;
+    return longest_loss >= 126 ? -127 : MATED + longest_loss;
 }
 
 class Verifier {
