@@ -15,7 +15,8 @@ struct Outcome {
 };
 
 Outcome tbmake(const std::string& arguments, const TemporaryDirectory& directory) {
-    const std::string command = "cd '" + directory.path().string() + "' && '" QUELMAR_TBMAKE "' " + arguments + " 2>&1";
+    const std::string command =
+        "cd '" + directory.path().string() + "' && '" QUELMAR_TBMAKE "' " + arguments + " 2>&1";
     std::FILE* const pipe = popen(command.c_str(), "r");
     Outcome outcome{};
     std::array<char, 256> part;
@@ -32,7 +33,8 @@ TEST(Tbmake, MakesPacksChecksAndTells) {
     } steps[] = {
         {"make kqk", "kqk: done, white wins in 10"},
         {"make kqk", ""},
-        {"stats kqk", "kqk white to move: 18492 won (longest 10), 0 drawn, 0 lost (longest 0), 7137 no position"},
+        {"stats kqk",
+         "kqk white to move: 18492 won (longest 10), 0 drawn, 0 lost (longest 0), 7137 no position"},
         {"compress kqk.nbw kqk.nbb", "kqk.nbb: 28644 bytes, packed "},
         {"check kqk.nbw kqk.nbw.emd", "kqk.nbw: good\nkqk.nbw.emd: good\n"},
         {"decompress kqk.nbw.emd", ""},
