@@ -7,6 +7,7 @@
 
 #include "protocol/config_file.h"
 
+#include "protocol/setting_value.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
 
@@ -28,11 +29,6 @@ struct Key {
     std::size_t value_at;  // characters from the start of the key
     Reader read;
 };
-
-template <int EngineSettings::*Field> void number(std::string_view value) {
-    if (const auto read = read_number(value))
-        settings.*Field = *read;
-}
 
 template <int EngineSettings::*Field> void off_if_n(std::string_view value) {
     settings.*Field = value.starts_with('n') ? 0 : 1;
@@ -68,21 +64,21 @@ using S = EngineSettings;
 
 // clang-format off
 constexpr Key KEYS[] = {
-    {"hash",             4, number<&S::hash_mb>},
-    {"fritz-hash",      10, number<&S::fritz_hash_mb>},
-    {"grain-size",      10, number<&S::grain_size>},
+    {"hash",             4, set_number<&S::hash_mb>},
+    {"fritz-hash",      10, set_number<&S::fritz_hash_mb>},
+    {"grain-size",      10, set_number<&S::grain_size>},
     {"resign",           7, off_if_n<&S::resign_enabled>},
     {"ownbook-default", 16, on_if_y<&S::own_book_default>},
     {"tbook",            6, on_if_y<&S::tbook>},
     {"style",            5, style},
-    {"selectivity",     12, number<&S::selectivity>},
+    {"selectivity",     12, set_number<&S::selectivity>},
     {"qsearch-checks",  15, off_if_n<&S::qsearch_checks>},
-    {"R",                1, number<&S::null_reduction>},
+    {"R",                1, set_number<&S::null_reduction>},
     {"nullmove",         9, null_move},
     {"bm-exts",          8, off_if_n<&S::bm_exts>},
     {"iid",              4, off_if_n<&S::iid>},
     {"tbpath",           7, tablebase_path},
-    {"tbcache",          8, number<&S::tb_cache_mb>},
+    {"tbcache",          8, set_number<&S::tb_cache_mb>},
     {"white-score",     12, off_if_n<&S::white_score>},
     {"piece-letters",   14, piece_letters},
     {"san",              4, off_if_n<&S::san_output>},

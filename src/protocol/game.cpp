@@ -50,6 +50,15 @@ void stop_search_for(std::string line) {
     protocol_state.abort_search = true;
 }
 
+std::optional<std::string> take_pending_command() {
+    auto& pending = protocol_state.pending_commands;
+    if (pending.empty())
+        return std::nullopt;
+    std::string line = std::move(pending.front());
+    pending.erase(pending.begin());
+    return line;
+}
+
 Side side_to_play() {
     if (!protocol_state.searching)
         return position.side_to_move;

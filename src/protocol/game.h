@@ -3,6 +3,7 @@
 
 #include "board/types.h"
 
+#include <optional>
 #include <string>
 
 namespace quelmar {
@@ -27,6 +28,9 @@ void run_after_search(std::string line);
 
 // The same, and asks the search to end now.
 void stop_search_for(std::string line);
+
+// The next command that was kept, if any.
+std::optional<std::string> take_pending_command();
 
 // The side to move in the game, also in the middle of a search.
 Side side_to_play();

@@ -23,8 +23,6 @@
 #include "search/time_control.h"
 
 #include <cstdio>
-#include <string>
-#include <utility>
 
 namespace quelmar {
 
@@ -177,11 +175,9 @@ void idle() {
 }
 
 void run_pending_commands() {
-    while (!state.pending_commands.empty()) {
-        const std::string line = std::move(state.pending_commands.front());
-        state.pending_commands.erase(state.pending_commands.begin());
-        build_root_moves();  // what was read before the search may have moved on
-        dispatch_xboard_command(line);
+    while (const auto line = take_pending_command()) {
+        build_root_moves();  // the engine may have moved since, or a command before this one
+        dispatch_xboard_command(*line);
     }
 }
 

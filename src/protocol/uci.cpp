@@ -4,6 +4,7 @@
 #include "board/position.h"
 #include "board/setup.h"
 #include "protocol/clocks.h"
+#include "protocol/command_table.h"
 #include "protocol/game.h"
 #include "protocol/input.h"
 #include "protocol/protocol_state.h"
@@ -13,10 +14,10 @@
 #include "search/time_control.h"
 #include "search/transposition.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <utility>
 
 namespace quelmar {
 
@@ -161,18 +162,8 @@ void new_game_follows(std::string_view) {
     tt_clear();
 }
 
-enum class Meanwhile { AT_ONCE, AFTER_SEARCH };  // when a command acts that arrives during a search
-
-struct Command {
-    std::string_view word;
-    std::size_t arguments_at;  // characters from the start of the line
-    Meanwhile during_search;
-    void (*run)(std::string_view arguments);
-};
-
 using enum Meanwhile;
 
-// The first row whose word begins the line wins.
 // clang-format off
 constexpr Command COMMANDS[] = {
     {"quit",            5, AT_ONCE,      quit},
@@ -186,22 +177,14 @@ constexpr Command COMMANDS[] = {
 };
 // clang-format on
 
-const Command* find_command(std::string_view line) {
-    for (const Command& command : COMMANDS) {
-        if (line.starts_with(command.word))
-            return &command;
-    }
-    return nullptr;
-}
-
 void echo_when_debugging(std::string_view line) {
     if (state.uci_debug)
         std::printf("engine recieved command: %.*s", static_cast<int>(line.size()), line.data());
 }
 
 void run_command(std::string_view line) {
-    if (const Command* command = find_command(line))
-        command->run(text_from(line, command->arguments_at));
+    if (const Command* command = find_command(COMMANDS, line))
+        command->run_with(line);
 }
 
 }  // namespace
@@ -217,13 +200,10 @@ void enter_uci() {
     print_uci_options();
     std::printf("uciok\n");
     for (;;) {
-        if (state.pending_commands.empty()) {
+        if (const auto line = take_pending_command())
+            run_command(*line);
+        else
             dispatch_uci_command(read_command());
-        } else {
-            const std::string line = std::move(state.pending_commands.front());
-            state.pending_commands.erase(state.pending_commands.begin());
-            run_command(line);
-        }
     }
 }
 
@@ -233,7 +213,7 @@ void dispatch_uci_command(std::string_view line) {
 }
 
 void dispatch_uci_during_search(std::string_view line) {
-    const Command* command = find_command(line);
+    const Command* command = find_command(COMMANDS, line);
     if (line.starts_with("stop")) {
         state.abort_search = true;
     } else if (line.starts_with("ponderhit")) {

@@ -4,6 +4,7 @@
 #include "protocol/uci_options.h"
 
 #include "protocol/protocol_state.h"
+#include "protocol/setting_value.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
 #include "search/transposition.h"
@@ -67,11 +68,6 @@ void own_book(bool on) {
     protocol_state.own_book = on;
 }
 
-template <int EngineSettings::*Field> void number(std::string_view value) {
-    if (const auto read = read_number(value))
-        settings.*Field = *read;
-}
-
 template <int EngineSettings::*Field, int Value> void choose(std::string_view) {
     settings.*Field = Value;
 }
@@ -87,7 +83,7 @@ using S = EngineSettings;
 // The first row whose text begins the line wins.
 constexpr Accepted ACCEPTED[] = {
     {"Hash value", hash},
-    {"Selectivity value", number<&S::selectivity>},
+    {"Selectivity value", set_number<&S::selectivity>},
     {"Style value Normal", choose<&S::style, STYLE_NORMAL>},
     {"Style value Active", choose<&S::style, STYLE_ACTIVE>},
     {"Style value Aggres", choose<&S::style, STYLE_AGGRESSIVE>},
@@ -106,7 +102,7 @@ constexpr Accepted ACCEPTED[] = {
     {"UCI_ShowRefutations value true", choose<&S::show_refutations, 1>},
     {"UCI_ShowRefutations value false", choose<&S::show_refutations, 0>},
     {"NalimovPath value", nalimov_path},
-    {"NalimovCache value", number<&S::tb_cache_mb>},
+    {"NalimovCache value", set_number<&S::tb_cache_mb>},
 };
 
 }  // namespace

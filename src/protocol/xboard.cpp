@@ -12,6 +12,7 @@
 #include "protocol/benchmark.h"
 #include "protocol/clock_commands.h"
 #include "protocol/clocks.h"
+#include "protocol/command_table.h"
 #include "protocol/game.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_view.h"
@@ -258,15 +259,6 @@ void hint(std::string_view) {
         std::printf("Hint: %s\n", move_text(state.ponder_move).c_str());
 }
 
-enum class Meanwhile { AT_ONCE, AFTER_SEARCH };  // when a command acts that arrives during a search
-
-struct Command {
-    std::string_view word;
-    std::size_t arguments_at;  // characters from the start of the line
-    Meanwhile during_search;
-    void (*run)(std::string_view arguments);
-};
-
 using enum Meanwhile;
 
 // clang-format off
@@ -307,14 +299,6 @@ constexpr Command COMMANDS[] = {
 };
 // clang-format on
 
-const Command* find_command(std::string_view line) {
-    for (const Command& command : COMMANDS) {
-        if (line.starts_with(command.word))
-            return &command;
-    }
-    return nullptr;
-}
-
 // On a chess server the last seconds belong to the line.
 void keep_safety_margin(UndoRecord& first) {
     constexpr i32 LONG_GAME_MS = 240000, SHORT_GAME_MARGIN = 5000;
@@ -329,18 +313,18 @@ void keep_safety_margin(UndoRecord& first) {
 }  // namespace
 
 void dispatch_xboard_command(std::string_view line) {
-    if (const Command* command = find_command(line))
-        command->run(text_from(line, command->arguments_at));
+    if (const Command* command = find_command(COMMANDS, line))
+        command->run_with(line);
 }
 
 void dispatch_xboard_during_search(std::string_view line) {
-    const Command* command = find_command(line);
+    const Command* command = find_command(COMMANDS, line);
     if (line.starts_with('?'))
         state.abort_search = true;
     else if (command && command->during_search == AFTER_SEARCH)
         stop_search_for(std::string(line));
     else if (command)
-        command->run(text_from(line, command->arguments_at));
+        command->run_with(line);
 }
 
 void new_game() {
