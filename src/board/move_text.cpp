@@ -2,9 +2,12 @@
 
 #include "board/position.h"
 #include "board/setup.h"
+#include "protocol/dialect.h"
 #include "protocol/protocol_state.h"
 
+#include <bit>
 #include <cstdio>
+#include <cstdlib>
 
 namespace quelmar {
 
@@ -17,6 +20,25 @@ constexpr std::array<const char*, 13> diagram_cells = {"|   ", "| P ", "| N ", "
                                                        "|=P=", "|=N=", "|=B=", "|=R=", "|=Q=", "|=K="};
 constexpr char DIAGRAM_LINE[] = "+---+---+---+---+---+---+---+---+";
 
+bool is_castling(const Move& move) {
+    return (move.flags & CASTLE_ANY) != 0;
+}
+
+Square castling_rook(const Move& castling) {
+    const auto index = static_cast<std::size_t>(std::countr_zero(static_cast<unsigned>(castling.flags)));
+    return position.castle_rook_square[index];
+}
+
+std::string castling_text(const Move& castling) {
+    if (dialect.castling == CastlingText::LETTERS)
+        return (castling.flags & SHORT_CASTLINGS) != 0 ? "O-O" : "O-O-O";
+    // In Chess960 the way of a castling king may be that of an ordinary king move, or no way at all.
+    constexpr int ORDINARY_STEP = 1;
+    const bool is_kings_way_clear = std::abs(castling.to - castling.from) > ORDINARY_STEP;
+    const bool by_king = dialect.castling == CastlingText::KING_MOVE && is_kings_way_clear;
+    return square_text(castling.from) + square_text(by_king ? castling.to : castling_rook(castling));
+}
+
 // What a move text asks for; a square of 0 matches no move.
 struct WantedMove {
     int castlings = 0;  // mask of CASTLE_ bits, 0 for a move by coordinates
@@ -26,7 +48,10 @@ struct WantedMove {
     bool is(const Move& move) const {
         if (castlings != 0)
             return (move.flags & castlings) != 0;
-        return move.from == from && move.to == to && kind_of(move.promotion) == promotion_kind;
+        if (move.from != from || kind_of(move.promotion) != promotion_kind)
+            return false;
+        return move.to == to ||
+               (dialect.reads_any_castling && is_castling(move) && castling_rook(move) == to);
     }
 };
 
@@ -55,11 +80,20 @@ Piece read_promotion(char letter) {
     }
 }
 
+// "0-0" and "o-o" are meant as "O-O".
+std::string castling_letters(std::string_view text) {
+    std::string letters(text);
+    for (char& c : letters)
+        c = c == '0' || c == 'o' ? 'O' : c;
+    return letters;
+}
+
 WantedMove read_wanted_move(std::string_view text) {
     WantedMove wanted;
-    if (text.starts_with("O-O-O")) {
+    const std::string letters = dialect.reads_any_castling ? castling_letters(text) : std::string(text);
+    if (letters.starts_with("O-O-O")) {
         wanted.castlings = LONG_CASTLINGS;
-    } else if (text.starts_with("O-O")) {
+    } else if (letters.starts_with("O-O")) {
         wanted.castlings = SHORT_CASTLINGS;
     } else if (text.size() >= 4) {
         wanted.from = read_square(text[0], text[1]);
@@ -86,10 +120,8 @@ std::string square_text(Square square) {
 }
 
 std::string move_text(const Move& move) {
-    if ((move.flags & SHORT_CASTLINGS) != 0)
-        return "O-O";
-    if ((move.flags & LONG_CASTLINGS) != 0)
-        return "O-O-O";
+    if (is_castling(move))
+        return castling_text(move);
     if (move.from == 0)
         return protocol_state.uci_mode ? "0000" : "-";
     std::string text = square_text(move.from) + square_text(move.to);
@@ -108,13 +140,19 @@ void print_coded_move(int code) {
     std::printf("%s%s", square_text(from).c_str(), square_text(to).c_str());
 }
 
-int parse_move(std::string_view text) {
+const Move* find_root_move(std::string_view text) {
     const WantedMove wanted = read_wanted_move(text);
     for (const Move* move = root_moves.data(); move->from != 0; ++move) {
-        if (wanted.is(*move)) {
-            protocol_state.user_move = *move;
-            return 1;
-        }
+        if (wanted.is(*move))
+            return move;
+    }
+    return nullptr;
+}
+
+int parse_move(std::string_view text) {
+    if (const Move* move = find_root_move(text)) {
+        protocol_state.user_move = *move;
+        return 1;
     }
     print_what_is_legal();
     return 0;

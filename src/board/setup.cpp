@@ -1,16 +1,16 @@
 #include "board/setup.h"
 
+#include "board/fen_fields.h"
 #include "board/generate.h"
 #include "board/hash_keys.h"
 #include "board/position.h"
 #include "eval/square_tables.h"
 #include "protocol/clocks.h"
+#include "protocol/dialect.h"
 #include "protocol/protocol_state.h"
 #include "search/search_state.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstring>
 #include <string_view>
 
 namespace quelmar {
@@ -32,7 +32,7 @@ void clear_board() {
 }
 
 int fail(int line) {
-    std::printf("Error in EPD line%d\n", line);
+    dialect.report_bad_fen(line);
     return 1;
 }
 
@@ -96,48 +96,34 @@ void init_position_state() {
     here.pawn_key = compute_pawn_key();
 }
 
-// Rights that the castling field names; `text` begins at the side to move.
-int parse_castling(const char* text) {
-    constexpr std::string_view LETTERS = "KQkq";  // in the order of the bits
-    text += std::strcspn(text, " ");
-    text += std::strspn(text, " ");
-    int lost = CASTLE_ANY;
-    for (; *text != '\0' && *text != ' '; ++text) {
-        const std::size_t bit = LETTERS.find(*text);
-        if (bit != std::string_view::npos)
-            lost &= ~(1 << bit);
-    }
-    return lost;
-}
-
-// The nearest rook of `side` beside its king in the direction of `step`, 0 if there is none.
-Square find_castling_rook(Side side, int step) {
-    Square square = position.king_square(side) + step;
-    while (is_playing_square(square) && position.at(square) != man_of(side, ROOK))
-        square += step;
-    return is_playing_square(square) ? square : 0;
-}
-
-// Notes where king and rook of every allowed castling stand; a right without its rook is dropped.
-void find_castling_geometry() {
+// Notes where king and rook of every allowed castling stand.
+void set_castling(const CastlingRooks& rooks) {
     position.castle_bits_of.fill(0);
     u8& lost = position.current().castle_lost;
-    for (std::size_t i = 0; i < 4; ++i) {
+    lost = CASTLE_ANY;
+    for (std::size_t i = 0; i < rooks.size(); ++i) {
+        if (rooks[i] == 0)
+            continue;
         const auto bit = static_cast<u8>(1 << i);
-        if ((lost & bit) != 0)
-            continue;
         const Side side = i < 2 ? WHITE : BLACK;
-        const Square rook = find_castling_rook(side, i % 2 == 0 ? 1 : -1);
-        if (rook == 0) {
-            lost |= bit;
-            continue;
-        }
         const Square king = position.king_square(side);
+        lost = static_cast<u8>(lost & ~bit);
         position.king_home[static_cast<std::size_t>(side)] = king;
-        position.castle_rook_square[i] = rook;
+        position.castle_rook_square[i] = rooks[i];
         position.castle_bits_of[static_cast<std::size_t>(king)] |= bit;
-        position.castle_bits_of[static_cast<std::size_t>(rook)] |= bit;
+        position.castle_bits_of[static_cast<std::size_t>(rooks[i])] |= bit;
     }
+}
+
+// What stands behind the side to move, as far as the dialect reads it.
+void read_fields(const FenFields& fields) {
+    if (!dialect.reads_whole_fen) {
+        set_castling(nearest_castling_rooks(fields.castling));
+        return;
+    }
+    set_castling(named_castling_rooks(fields.castling));
+    position.current().ep_square = narrow<u8>(possible_en_passant(fields.en_passant));
+    position.current().halfmove_clock = read_halfmove_clock(fields.halfmove_clock);
 }
 
 }  // namespace
@@ -152,8 +138,7 @@ int parse_fen(const char* text) {
         return fail(3);
     position.side_to_move = *text == 'w' || *text == 'W' ? WHITE : BLACK;
     init_position_state();
-    position.current().castle_lost = narrow<u8>(parse_castling(text));
-    find_castling_geometry();
+    read_fields(split_fen_fields(text));
     position.usable = true;
     protocol_state.game_over = false;
     reset_search();

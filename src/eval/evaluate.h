@@ -12,4 +12,7 @@ int evaluate();
 // What ply_material_placement would roughly be after `move`, from the mover's view, without making it.
 int material_placement_after_move(const Move& move);
 
+// Forgets the pawn structures met so far, as in a process that has just started.
+void forget_pawn_structures();
+
 }  // namespace quelmar

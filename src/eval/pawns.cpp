@@ -219,6 +219,10 @@ void classify(PawnEntry& entry, u32 key) {
 
 }  // namespace
 
+void forget_pawn_structures() {
+    pawn_table.fill(PawnEntry{});
+}
+
 const PawnEntry& pawn_entry() {
     const u32 key = position.current().pawn_key;
     PawnEntry& entry = pawn_table[key % PAWN_TABLE_SIZE];

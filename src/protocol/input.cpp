@@ -1,8 +1,8 @@
 #include "protocol/input.h"
 
+#include "protocol/dialect.h"
 #include "protocol/line_reader.h"
 #include "protocol/protocol_state.h"
-#include "protocol/uci.h"
 #include "protocol/xboard.h"
 
 #include <cstdio>
@@ -54,7 +54,7 @@ void poll_input() {
     std::string line;
     while (!protocol_state.abort_search && next_line(line)) {
         if (protocol_state.uci_mode)
-            dispatch_uci_during_search(line);
+            dialect.uci_line_during_search(line);
         else
             dispatch_xboard_during_search(line);
     }

@@ -32,12 +32,23 @@ std::string_view without_line_end(std::string_view text) {
     return text;
 }
 
-bool begins_with_ignoring_case(std::string_view text, std::string_view prefix) {
-    return text.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), text.begin(),
-                                                      [](char a, char b) { return lower(a) == lower(b); });
+bool equal_ignoring_case(std::string_view a, std::string_view b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                      [](char c, char d) { return lower(c) == lower(d); });
 }
 
-std::optional<i32> take_number(std::string_view& text) {
+bool begins_with_ignoring_case(std::string_view text, std::string_view prefix) {
+    return equal_ignoring_case(text.substr(0, prefix.size()), prefix);
+}
+
+std::string_view take_word(std::string_view& text) {
+    text = skip_space(text);
+    const std::string_view word = text.substr(0, text.find_first_of(SPACE));
+    text.remove_prefix(word.size());
+    return word;
+}
+
+std::optional<i64> take_big_number(std::string_view& text) {
     std::string_view rest = skip_space(text);
     const bool negative = rest.starts_with('-');
     if (negative || rest.starts_with('+'))
@@ -52,7 +63,12 @@ std::optional<i32> take_number(std::string_view& text) {
         rest.remove_prefix(1);
     }
     text = rest;
-    return clamp_to_i32(negative ? -value : value);
+    return negative ? -value : value;
+}
+
+std::optional<i32> take_number(std::string_view& text) {
+    const auto number = take_big_number(text);
+    return number ? std::optional(clamp_to_i32(*number)) : std::nullopt;
 }
 
 i32 clamp_to_i32(i64 value) {

@@ -19,12 +19,20 @@ std::string_view skip_space(std::string_view text);
 // `text` without the line end it may have.
 std::string_view without_line_end(std::string_view text);
 
+bool equal_ignoring_case(std::string_view a, std::string_view b);
+
 bool begins_with_ignoring_case(std::string_view text, std::string_view prefix);
 
 // Reads a decimal number as scanf's %d does: leading space, a sign, digits; what follows does not matter.
 // Numbers that do not fit become the nearest that does. `text` moves behind the number; without a number it
 // stays where it was.
 std::optional<i32> take_number(std::string_view& text);
+
+// The same without the narrow limits: numbers are cut off where no amount reaches, at 2^40.
+std::optional<i64> take_big_number(std::string_view& text);
+
+// Takes the next word, which ends before white space, off the front of `text`; empty at the end.
+std::string_view take_word(std::string_view& text);
 
 inline std::optional<i32> read_number(std::string_view text) {
     return take_number(text);

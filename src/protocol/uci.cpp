@@ -113,15 +113,6 @@ void set_limits(SideClock& clock, std::string_view line) {
         clock.kind = CLOCK_UNLIMITED;
 }
 
-void print_best_move() {
-    const int length = search_state.pv_length;
-    const Move best = length > 0 ? search_state.pv[0] : Move{};
-    std::printf("bestmove %s", move_text(best).c_str());
-    if (length > 1)
-        std::printf(" ponder %s", move_text(search_state.pv[1]).c_str());
-    std::printf("\n");
-}
-
 void go(std::string_view line) {
     if (!position.usable) {
         std::printf("bestmove %s\n", move_text(Move{}).c_str());
@@ -205,6 +196,15 @@ void enter_uci() {
         else
             dispatch_uci_command(read_command());
     }
+}
+
+void print_best_move() {
+    const int length = search_state.pv_length;
+    const Move best = length > 0 ? search_state.pv[0] : Move{};
+    std::printf("bestmove %s", move_text(best).c_str());
+    if (length > 1)
+        std::printf(" ponder %s", move_text(search_state.pv[1]).c_str());
+    std::printf("\n");
 }
 
 void dispatch_uci_command(std::string_view line) {

@@ -16,4 +16,7 @@ void dispatch_uci_command(std::string_view line);
 // change the position, the table or the settings, or would search itself, waits until it has returned.
 void dispatch_uci_during_search(std::string_view line);
 
+// The "bestmove" line of the search that has just ended.
+void print_best_move();
+
 }  // namespace quelmar

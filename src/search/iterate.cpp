@@ -10,6 +10,7 @@
 #include "protocol/settings.h"
 #include "search/principal_variation.h"
 #include "search/search.h"
+#include "search/search_limits.h"
 #include "search/search_state.h"
 #include "search/thinking.h"
 #include "search/time_control.h"
@@ -23,12 +24,6 @@ namespace quelmar {
 namespace {
 
 constexpr int BOUND_LINES_FROM_ITERATION = 6;
-
-// Pondering and analysis go on until the front end ends them.
-bool is_endless() {
-    return protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode ||
-           protocol_state.uci_infinite;
-}
 
 bool is_time_limited() {
     return search_state.timed && !is_endless();
@@ -115,7 +110,8 @@ void announce_iteration() {
 }
 
 bool has_only_move() {
-    return search_state.root_legal_moves == 1 && search_state.iteration > 1 && !is_endless();
+    return search_state.root_legal_moves == 1 && search_state.iteration > 1 && !is_endless() &&
+           search_limits.moves.empty();
 }
 
 void record_iteration(Score score) {
@@ -132,8 +128,11 @@ void wait_for_the_end() {
     }
 }
 
-bool is_mate_confirmed() {
-    return std::abs(search_state.last_score) > FOUND_MATE_LIMIT &&
+// Two iterations in a row have seen a mate, or one the short mate that was asked for.
+bool is_mate_enough() {
+    if (search_limits.mate > 0)
+        return is_mate_in(search_state.last_score, search_limits.mate);
+    return !protocol_state.test_mode && std::abs(search_state.last_score) > FOUND_MATE_LIMIT &&
            std::abs(score_before()) > FOUND_MATE_LIMIT;
 }
 
@@ -144,7 +143,7 @@ bool is_finished() {
     if (search_state.iteration > 1 && is_time_limited() &&
         elapsed_since(search_state.start_time) > search_state.target_time)
         return true;
-    if (!is_endless() && !protocol_state.test_mode && is_mate_confirmed())
+    if (!is_endless() && is_mate_enough())
         return true;
     // Neither a deeper search nor the same again could bring anything new.
     if (search_state.iteration >= search_state.iteration_limit || search_state.root_legal_moves == 0) {
@@ -156,6 +155,7 @@ bool is_finished() {
 
 void start_search() {
     allocate_time();
+    apply_search_limits();
     search_state.start_time = search_state.last_status_time = clock_ms();
     reset_search();
     setup_search_constants();
@@ -163,12 +163,13 @@ void start_search() {
     search_state.root_best_move = search_state.current_root_move = Move{};
     search_state.pv[0] = Move{};
     search_state.pv_length = 0;
+    forget_restricted_root();
 }
 
 // The variation comes from the table, where the root's entry may have been overwritten, and a position in
 // which the enemy king can be taken is not searched at all. Any legal move is better than none.
 void make_sure_of_a_move() {
-    if (search_state.pv_length > 0)
+    if (search_state.pv_length > 0 && is_wanted_at_root(search_state.pv[0]))
         return;
     const Move move =
         search_state.root_best_move.from != 0 ? search_state.root_best_move : first_playable_move();
@@ -218,6 +219,7 @@ void think() {
             break;
     }
     make_sure_of_a_move();
+    forget_restricted_root();
 }
 
 }  // namespace quelmar

@@ -30,6 +30,7 @@
 #include "search/ordering.h"
 #include "search/path.h"
 #include "search/search.h"
+#include "search/search_limits.h"
 #include "search/search_state.h"
 #include "search/thinking.h"
 #include "search/time_control.h"
@@ -42,7 +43,6 @@ namespace quelmar {
 
 namespace {
 
-constexpr u64 NODES_BETWEEN_POLLS = 4999;
 constexpr i32 ROOT_NEWS_AFTER_MS = 1000;
 constexpr int REFUTATIONS_FROM_ITERATION = 6;
 
@@ -122,6 +122,10 @@ bool mate_distance(Node& node) {
 }
 
 void poll_when_due() {
+    if (search_state.nodes_since_poll <= search_limits.unasked_nodes)
+        return;
+    if (is_node_limit_reached())
+        protocol_state.abort_search = true;
     if (search_state.nodes_since_poll <= NODES_BETWEEN_POLLS)
         return;
     poll_input();
@@ -342,7 +346,7 @@ bool deepen_internally(Node& node) {
 // Lists the moves. True when the side in check has none.
 bool without_moves(Node& node) {
     if (node.ply == 0)
-        generate_legal_moves();
+        generate_root_moves();
     else if (node.in_check())
         generate_evasions();
     else

@@ -7,6 +7,7 @@
 #include "board/generate.h"
 #include "board/make_move.h"
 #include "board/move_list.h"
+#include "search/search_limits.h"
 #include "search/search_state.h"
 #include "search/thinking.h"
 #include "search/transposition.h"
@@ -61,7 +62,7 @@ int walk_table(std::span<Move> line) {
 
 Move first_playable_move() {
     const PieceOrderGuard guard;
-    generate_legal_moves();
+    generate_root_moves();
     for (const Move& move : move_list.current()) {
         if (move.captured == EMPTY || kind_of(move.captured) != KING)
             return move;

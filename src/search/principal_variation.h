@@ -26,7 +26,7 @@ private:
 // Overwrites the move lists from the current ply on.
 int walk_table(std::span<Move> line);
 
-// A legal move that does not take the king, empty when there is none.
+// A legal move that the search may play and that does not take the king, empty when there is none.
 Move first_playable_move();
 
 }  // namespace quelmar

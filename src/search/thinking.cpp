@@ -8,6 +8,7 @@
 #include "board/san.h"
 #include "eval/attacks.h"
 #include "eval/game_result.h"
+#include "protocol/dialect.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "search/principal_variation.h"
@@ -192,7 +193,7 @@ void print_current_move() {
 }
 
 void print_current_line() {
-    std::printf("info currline");
+    std::printf("%s", dialect.current_line_head);
     for (int back = position.search_ply; back > 0; --back) {
         std::putchar(' ');
         print_move(position.back(back).move);

@@ -110,6 +110,13 @@ void tt_clear() {
     std::memset(static_cast<void*>(tt_buckets.get()), 0, tt_bucket_count * sizeof(TTBucket));
 }
 
+void tt_forget(HashKey key) {
+    for (TTEntry& entry : bucket_of(key).slots) {
+        if (holds(entry, key))
+            entry = TTEntry{};
+    }
+}
+
 TTEntry* tt_probe(HashKey key) {
     for (TTEntry& entry : bucket_of(key).slots) {
         if (holds(entry, key))

@@ -34,6 +34,8 @@ u64 tt_buckets_for(int megabytes);
 
 void tt_clear();  // forgets everything
 
+void tt_forget(HashKey key);  // forgets one position
+
 // The entry of the position with this key, or nullptr. Does not look at generations.
 TTEntry* tt_probe(HashKey key);
 

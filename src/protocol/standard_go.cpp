@@ -1,0 +1,176 @@
+// "go": all limits that it names hold together, the first that is reached ends the search. Only the clocks
+// give way to "infinite" and "ponder", and a search without any limit is endless.
+#include "board/move_text.h"
+#include "board/position.h"
+#include "board/setup.h"
+#include "protocol/clocks.h"
+#include "protocol/game.h"
+#include "protocol/protocol_state.h"
+#include "protocol/standard_options.h"
+#include "protocol/standard_uci.h"
+#include "protocol/text_values.h"
+#include "protocol/uci.h"
+#include "search/search_limits.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace quelmar {
+
+namespace {
+
+using Limit = std::optional<i64>;
+
+struct GoArguments {
+    bool ponder = false, infinite = false;
+    std::array<Limit, 2> time, increment;  // by side, milliseconds
+    Limit moves_to_go, depth, nodes, mate, move_time;
+    std::vector<Move> moves;
+
+    bool has_clock() const {
+        return time[WHITE] || time[BLACK] || increment[WHITE] || increment[BLACK] || moves_to_go;
+    }
+    bool has_limit() const { return has_clock() || depth || nodes || mate || move_time; }
+};
+
+using Go = GoArguments;
+
+struct Keyword {
+    std::string_view word;
+    Limit& (*limit)(Go& go);
+};
+
+// clang-format off
+constexpr Keyword KEYWORDS[] = {
+    {"wtime",     [](Go& go) -> Limit& { return go.time[WHITE]; }},
+    {"btime",     [](Go& go) -> Limit& { return go.time[BLACK]; }},
+    {"winc",      [](Go& go) -> Limit& { return go.increment[WHITE]; }},
+    {"binc",      [](Go& go) -> Limit& { return go.increment[BLACK]; }},
+    {"movestogo", [](Go& go) -> Limit& { return go.moves_to_go; }},
+    {"depth",     [](Go& go) -> Limit& { return go.depth; }},
+    {"nodes",     [](Go& go) -> Limit& { return go.nodes; }},
+    {"mate",      [](Go& go) -> Limit& { return go.mate; }},
+    {"movetime",  [](Go& go) -> Limit& { return go.move_time; }},
+};
+// clang-format on
+
+const Keyword* find_keyword(std::string_view word) {
+    const auto found = std::find_if(std::begin(KEYWORDS), std::end(KEYWORDS),
+                                    [word](const Keyword& k) { return k.word == word; });
+    return found != std::end(KEYWORDS) ? found : nullptr;
+}
+
+bool ends_move_list(std::string_view word) {
+    return word.empty() || find_keyword(word) != nullptr || word == "ponder" || word == "infinite" ||
+           word == "searchmoves";
+}
+
+// Moves that are not legal are left out; without a legal one the search has all.
+std::vector<Move> take_moves(std::string_view& text) {
+    std::vector<Move> moves;
+    build_root_moves();
+    for (;;) {
+        std::string_view rest = text;
+        const std::string_view word = take_word(rest);
+        if (ends_move_list(word))
+            return moves;
+        text = rest;
+        if (const Move* move = find_root_move(word))
+            moves.push_back(*move);
+        else
+            tell("illegal move %.*s in searchmoves", static_cast<int>(word.size()), word.data());
+    }
+}
+
+GoArguments read_arguments(std::string_view text) {
+    GoArguments go;
+    for (std::string_view word = take_word(text); !word.empty(); word = take_word(text)) {
+        if (word == "ponder") {
+            go.ponder = true;
+        } else if (word == "infinite") {
+            go.infinite = true;
+        } else if (word == "searchmoves") {
+            go.moves = take_moves(text);
+        } else if (const Keyword* keyword = find_keyword(word)) {
+            keyword->limit(go) = take_big_number(text);
+            if (!keyword->limit(go))
+                tell("no number behind %.*s", static_cast<int>(word.size()), word.data());
+        }
+    }
+    return go;
+}
+
+// What may be used of the time that is left, so that the move arrives in time.
+i32 without_overhead(i64 ms) {
+    return clamp_to_i32(std::max<i64>(1, std::max(ms - move_overhead_ms(), ms / 2)));
+}
+
+// The time that is left to `side`; a client that names the other's only gets as much.
+i64 time_left(const GoArguments& go, Side side) {
+    const auto ours = static_cast<std::size_t>(side);
+    return std::max<i64>(0, go.time[ours].value_or(go.time[ours ^ 1].value_or(0)));
+}
+
+SideClock clock_of(const GoArguments& go, Side side) {
+    if (!go.has_clock() && !go.move_time)
+        return {.kind = CLOCK_FIXED_DEPTH, .depth_limit = MAX_ITERATION};
+    if (!go.has_clock())
+        return {.kind = CLOCK_PER_MOVE, .time_left_ms = without_overhead(*go.move_time)};
+    SideClock clock;
+    clock.time_left_ms = clamp_to_i32(time_left(go, side));
+    clock.increment_ms =
+        clamp_to_i32(std::max<i64>(0, go.increment[static_cast<std::size_t>(side)].value_or(0)));
+    if (const i64 moves = go.moves_to_go.value_or(0); moves > 0) {
+        clock.kind = CLOCK_MOVES_IN_TIME;
+        clock.moves_per_control = clamp_to_i32(moves);
+    }
+    return clock;
+}
+
+// A limit below 1 counts as 1, so that the search ends.
+i64 at_least_one(const Limit& limit) {
+    return std::max<i64>(1, *limit);
+}
+
+SearchLimits limits_of(const GoArguments& go) {
+    SearchLimits limits;
+    if (go.depth)
+        limits.iterations = static_cast<int>(std::min<i64>(at_least_one(go.depth), MAX_ITERATION));
+    if (go.nodes) {
+        limits.nodes = static_cast<u64>(at_least_one(go.nodes));
+        limits.unasked_nodes = 0;
+    }
+    if (go.mate)
+        limits.mate = static_cast<int>(std::min<i64>(at_least_one(go.mate), MAX_PLY));
+    if (go.has_clock())
+        limits.move_time = without_overhead(time_left(go, position.side_to_move));
+    if (go.move_time) {
+        const i32 wanted = without_overhead(*go.move_time);
+        limits.move_time = limits.move_time > 0 ? std::min(limits.move_time, wanted) : wanted;
+    }
+    limits.moves = go.moves;
+    return limits;
+}
+
+}  // namespace
+
+void standard_go(std::string_view arguments) {
+    if (!position.usable) {
+        tell("there is no position to search");
+        std::printf("bestmove %s\n", move_text(Move{}).c_str());
+        return;
+    }
+    const GoArguments go = read_arguments(arguments);
+    for (const Side side : {WHITE, BLACK})
+        position.current().clock[static_cast<std::size_t>(side)] = clock_of(go, side);
+    search_limits = limits_of(go);
+    protocol_state.uci_infinite = go.infinite || !go.has_limit();
+    protocol_state.ponder_state = go.ponder ? PONDERING : NOT_PONDERING;
+    run_search();
+    protocol_state.ponder_state = NOT_PONDERING;
+    protocol_state.uci_infinite = false;
+    search_limits = SearchLimits{};
+    print_best_move();
+}
+
+}  // namespace quelmar

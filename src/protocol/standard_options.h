@@ -1,0 +1,21 @@
+// The options of the standard UCI face: one table for what is announced and what is understood.
+#pragma once
+
+#include <string_view>
+
+namespace quelmar {
+
+// The values the settings have now are announced as the defaults from here on.
+void remember_standard_defaults();
+
+// The "option name ..." lines.
+void print_standard_options();
+
+// Sets an option from what follows "setoption": "name NAME" or "name NAME value VALUE". Upper and lower case
+// are the same. An unknown option, and a value that the option does not take, change nothing and are told.
+void set_standard_option(std::string_view arguments);
+
+// Milliseconds of every move that get lost between the engine and the clock.
+int move_overhead_ms();
+
+}  // namespace quelmar

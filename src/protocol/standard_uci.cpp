@@ -1,0 +1,227 @@
+#include "protocol/standard_uci.h"
+
+#include "board/move_text.h"
+#include "board/setup.h"
+#include "eval/evaluate.h"
+#include "eval/ply_outputs.h"
+#include "protocol/dialect.h"
+#include "protocol/game.h"
+#include "protocol/input.h"
+#include "protocol/protocol_state.h"
+#include "protocol/standard_options.h"
+#include "protocol/text_values.h"
+#include "search/search_state.h"
+#include "search/time_control.h"
+#include "search/transposition.h"
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
+namespace quelmar {
+
+namespace {
+
+ProtocolState& state = protocol_state;
+
+// Characters of what the client said that are worth repeating.
+int width(std::string_view text) {
+    constexpr std::size_t LONGEST_QUOTE = 120;
+    return static_cast<int>(std::min(text.size(), LONGEST_QUOTE));
+}
+
+void report_bad_fen(int error) {
+    constexpr std::array<const char*, 4> REASONS = {"", "the placement of the men is cut short",
+                                                    "the placement of the men is impossible",
+                                                    "the side to move is neither w nor b"};
+    tell("bad FEN: %s", REASONS[static_cast<std::size_t>(error)]);
+}
+
+// ---- position ----
+
+bool play_listed_move(std::string_view word) {
+    build_root_moves();
+    const Move* move = find_root_move(word);
+    if (move == nullptr) {
+        tell("illegal move %.*s, the moves before it are played", width(word), word.data());
+        return false;
+    }
+    play_game_move(*move);
+    update_clocks_after_move(0);
+    return true;
+}
+
+// The words up to "moves", with one blank between them.
+std::string take_fen(std::string_view& text) {
+    std::string fen;
+    for (std::string_view word = take_word(text); !word.empty() && word != "moves"; word = take_word(text))
+        fen.append(fen.empty() ? "" : " ").append(word);
+    return fen;
+}
+
+void set_up_position(std::string_view arguments) {
+    const std::string_view kind = take_word(arguments);
+    std::string fen = take_fen(arguments);
+    if (kind == "startpos") {
+        fen = START_FEN;
+    } else if (kind != "fen") {
+        tell("a position is startpos or fen");
+        return;
+    }
+    if (parse_fen(fen.c_str()) != 0)
+        return;
+    for (std::string_view word = take_word(arguments); !word.empty(); word = take_word(arguments)) {
+        if (!play_listed_move(word))
+            return;
+    }
+}
+
+// ---- commands ----
+
+void identify(std::string_view) {
+    std::printf("id name %s %s\nid author Edrin Talvose\n", ENGINE_NAME, ENGINE_VERSION);
+    print_standard_options();
+    std::printf("uciok\n");
+}
+
+void quit(std::string_view) {
+    std::exit(EXIT_SUCCESS);
+}
+
+void debug(std::string_view arguments) {
+    state.uci_debug = take_word(arguments) == "on";
+}
+
+void is_ready(std::string_view) {
+    std::printf("readyok\n");
+}
+
+// As in a process that has just started, settings apart.
+void new_game_follows(std::string_view) {
+    tt_clear();
+    forget_pawn_structures();
+    search_state = SearchState{};
+    ply_outputs = {};
+}
+
+void stop(std::string_view) {
+    state.abort_search = true;  // the next search clears it, so that a late "stop" does no harm
+}
+
+void ponder_hit(std::string_view) {
+    if (state.ponder_state == PONDERING)
+        state.ponder_state = PONDER_HIT;
+}
+
+enum class Meanwhile { AT_ONCE, AFTER_SEARCH };  // when a command acts that arrives during a search
+
+struct Command {
+    std::string_view word;
+    Meanwhile during_search;
+    void (*run)(std::string_view arguments);
+};
+
+using enum Meanwhile;
+
+// clang-format off
+constexpr Command COMMANDS[] = {
+    {"uci",        AT_ONCE,      identify},
+    {"debug",      AT_ONCE,      debug},
+    {"isready",    AT_ONCE,      is_ready},
+    {"setoption",  AFTER_SEARCH, set_standard_option},
+    {"ucinewgame", AFTER_SEARCH, new_game_follows},
+    {"position",   AFTER_SEARCH, set_up_position},
+    {"go",         AFTER_SEARCH, standard_go},
+    {"stop",       AT_ONCE,      stop},
+    {"ponderhit",  AT_ONCE,      ponder_hit},
+    {"quit",       AT_ONCE,      quit},
+};
+// clang-format on
+
+struct FoundCommand {
+    const Command* command = nullptr;
+    std::string_view arguments;
+};
+
+// Words before the first command of a line are to be passed over.
+FoundCommand find_command(std::string_view line) {
+    for (std::string_view word = take_word(line); !word.empty(); word = take_word(line)) {
+        for (const Command& command : COMMANDS) {
+            if (command.word == word)
+                return {&command, line};
+        }
+    }
+    return {};
+}
+
+void report_unknown(std::string_view line) {
+    const std::string_view word = take_word(line);
+    if (!word.empty())
+        tell("unknown command %.*s", width(word), word.data());
+}
+
+void run_line(std::string_view line) {
+    const FoundCommand found = find_command(line);
+    if (found.command != nullptr)
+        found.command->run(found.arguments);
+    else
+        report_unknown(line);
+}
+
+void echo_when_debugging(std::string_view line) {
+    const std::string_view bare = without_line_end(line);
+    if (state.uci_debug)
+        tell("received: %.*s", width(bare), bare.data());
+}
+
+void line_during_search(std::string_view line) {
+    echo_when_debugging(line);
+    const FoundCommand found = find_command(line);
+    if (found.command != nullptr && found.command->during_search == AFTER_SEARCH)
+        run_after_search(std::string(line));
+    else
+        run_line(line);
+}
+
+}  // namespace
+
+void tell(const char* format, ...) {
+    std::printf("info string ");
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vprintf(format, arguments);
+    va_end(arguments);
+    std::printf("\n");
+}
+
+void adopt_standard_dialect() {
+    dialect = {
+        .castling = CastlingText::KING_MOVE,
+        .reads_any_castling = true,
+        .reads_whole_fen = true,
+        .current_line_head = "info currline 1",
+        .report_bad_fen = report_bad_fen,
+        .uci_line_during_search = line_during_search,
+    };
+}
+
+void run_standard_uci() {
+    state.uci_mode = true;
+    remember_standard_defaults();
+    for (;;) {
+        if (state.pending_commands.empty()) {
+            const std::string line = read_command();
+            echo_when_debugging(line);
+            run_line(line);
+        } else {
+            const std::string line = std::move(state.pending_commands.front());
+            state.pending_commands.erase(state.pending_commands.begin());
+            run_line(line);
+        }
+    }
+}
+
+}  // namespace quelmar

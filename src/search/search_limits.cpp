@@ -1,0 +1,61 @@
+#include "search/search_limits.h"
+
+#include "board/generate.h"
+#include "board/move_list.h"
+#include "board/position.h"
+#include "protocol/protocol_state.h"
+#include "search/search_state.h"
+#include "search/transposition.h"
+
+#include <algorithm>
+
+namespace quelmar {
+
+SearchLimits search_limits;
+
+bool is_endless() {
+    return protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode ||
+           protocol_state.uci_infinite;
+}
+
+bool is_node_limit_reached() {
+    return search_limits.nodes != 0 && search_state.nodes >= search_limits.nodes && !is_endless();
+}
+
+bool is_mate_in(Score score, int moves) {
+    const Score mated_in_none = MATE_SCORE - 2 * moves;
+    return score > mated_in_none || score <= -mated_in_none;
+}
+
+void apply_search_limits() {
+    SearchState& s = search_state;
+    s.iteration_limit = std::min(s.iteration_limit, search_limits.iterations);
+    if (search_limits.move_time == 0)
+        return;
+    s.target_time = std::min(s.target_time, search_limits.move_time);
+    s.max_time = std::min(s.max_time, search_limits.move_time);
+}
+
+bool is_wanted_at_root(const Move& move) {
+    const auto& wanted = search_limits.moves;
+    return wanted.empty() || std::any_of(wanted.begin(), wanted.end(), [&move](const Move& one) {
+               return same_squares(one, move) && one.promotion == move.promotion && one.flags == move.flags;
+           });
+}
+
+void generate_root_moves() {
+    generate_legal_moves();
+    if (search_limits.moves.empty())
+        return;
+    const int ply = position.search_ply;
+    Move*& end = move_list.start_of(ply + 1);
+    end = std::remove_if(move_list.start_of(ply), end,
+                         [](const Move& move) { return !is_wanted_at_root(move); });
+}
+
+void forget_restricted_root() {
+    if (!search_limits.moves.empty())
+        tt_forget(position.current().key);
+}
+
+}  // namespace quelmar
