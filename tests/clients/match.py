@@ -65,7 +65,7 @@ def run(match: xboard.Match, folder: pathlib.Path, first_must_win: bool) -> list
         xboard.play(match, folder)
     except xboard.Trouble as reason:
         trouble.append(str(reason))
-    verdict = records.judge(folder, match.games)
+    verdict = records.judge(folder, match.games, match.first == match.second)
     failures = trouble + verdict.failures
     if first_must_win:
         failures += games_not_won_by_first(verdict.games)
