@@ -103,6 +103,8 @@ TEST_F(Exchange, PlayedOut) {
         {"4k3/8/2n5/4p3/3P4/8/1B6/4K3 w", "d4", "e5", 128, "the knight may not take back"},
         {"4k3/8/8/3p4/4P3/5B2/8/4K3 b", "d5", "e4", 128 - 128, "bishop behind the capturing pawn's square"},
         {"4k3/8/3p4/4p3/3P4/8/1B6/4K3 w", "d4", "e5", 128, "the bishop joins behind the pawn"},
+        {"4k3/8/4p3/3p4/8/3Q4/3R4/4K3 w", "d3", "d5", 128 - 1248 + 128, "the queen goes first all the same"},
+        {"4k3/8/5p2/4p3/8/2PN4/1B6/4K3 w", "d3", "e5", 128 - 416, "a pawn two squares away stops the bishop"},
         {"4k3/3q4/8/3r4/8/8/8/3RK3 w", "d1", "d5", 646 - 646, "queen behind"},
         {"4k3/8/5b2/3r4/4q3/8/8/3RK3 w", "d1", "d5", 0, "queen beside"},
         {"8/8/2k5/3r4/8/8/8/3RK3 w", "d1", "d5", 0, "king takes back"},

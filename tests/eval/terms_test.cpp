@@ -79,6 +79,11 @@ TEST_F(Terms, Men) {
          {-30, -30},
          {},
          "b4, d4, e5, f4: 4 + 12 > 14, five squares"},
+        {"4k3/8/4p3/P2pP1P1/1P1P4/P7/8/2B1K3 w",
+         "bad bishops",
+         {},
+         {},
+         "six dark, two central: 6 + 8 are too few"},
         {"4k3/B1p5/1p6/8/8/8/8/4K3 w", "trapped bishops", {-150, -150}, {}, "b6 is defended"},
         {"4k3/B7/1p6/8/8/8/8/4K3 w", "trapped bishops", {0, 0}, {}, "b6 is not"},
         {"4k3/5p1B/6p1/8/8/8/8/4K3 w", "trapped bishops", {-150, -150}, {}, "the other wing"},
@@ -247,6 +252,8 @@ TEST_F(Terms, Kings) {
         {"4k3/8/8/8/8/8/1P6/B3K3 w", "development", {-40, -40}, {}, "corner, behind a pawn: 9"},
         {"4k3/8/8/8/8/2P5/1P6/B3K3 w", "development", {-64, -64}, {}, "c3 too: 11"},
         {"4k3/8/8/8/8/2P5/1N6/B3K3 w", "development", {-40, -40}, {}, "7 and 2"},
+        {"4k3/8/8/8/8/2P2P2/1P4P1/BNN1KN1B w", "development", {-456, -456}, {}, "beyond the table"},
+        {"4k3/8/8/8/8/2P5/1P4P1/BNN1K2B w", "development", {-436, -436}, {}, "11 + 10 + 9"},
         {"4k3/8/8/8/8/5P2/8/4K2B w", "development", {-10, -10}, {}, "3 and 2"},
     };
     for (const TermCase& c : CASES)
