@@ -69,12 +69,12 @@ template <Side Us> int endgame_king_gain(const EvalContext& context) {
 int pawn_span(const PawnEntry& pawns) {
     const SidePawns& white = pawns.of(WHITE);
     const SidePawns& black = pawns.of(BLACK);
-    const int highest = std::max(white.highest_file, black.highest_file);
+    const int highest = std::max<int>(white.highest_file, black.highest_file);
     if (white.pawn_files == 0)
         return highest - black.lowest_file;
     if (black.pawn_files == 0)
         return highest - white.lowest_file;
-    return highest - std::max(white.lowest_file, black.lowest_file);
+    return highest - std::max<int>(white.lowest_file, black.lowest_file);
 }
 
 // For the side to move, endgame only.

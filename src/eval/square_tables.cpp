@@ -100,7 +100,8 @@ consteval SquareValues mirrored(const SquareValues& white) {
 }
 
 consteval void set_entry(DifferenceTable& table, int difference, int value) {
-    table.entries[static_cast<std::size_t>(difference + 128)] = static_cast<i8>(value);
+    const int index = difference + DifferenceTable::MIDDLE;
+    table.entries[static_cast<std::size_t>(index)] = static_cast<i8>(value);
 }
 
 consteval DifferenceTable distance_table() {

@@ -42,9 +42,11 @@ constexpr bool is_dark(Square square) {
 
 // A table indexed by the difference of two playing squares, -119..119.
 struct DifferenceTable {
+    static constexpr int MIDDLE = 128;
     std::array<i8, 256> entries{};
     constexpr int operator[](int difference) const {
-        return entries[static_cast<std::size_t>(difference + 128)];
+        const int index = difference + MIDDLE;
+        return entries[static_cast<std::size_t>(index)];
     }
 };
 
