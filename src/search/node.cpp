@@ -103,12 +103,6 @@ void open_ply() {
         ++here.check_count[static_cast<std::size_t>(other_side(position.side_to_move))];
 }
 
-Score enter_quiescence(Score beta, Depth depth) {
-    constexpr int PLIES_WITH_CHECKS = 2;
-    search_state.qsearch_nodes = 0;
-    return qsearch(beta, depth, position.search_ply + PLIES_WITH_CHECKS);
-}
-
 void count_node(const Node& node) {
     ++search_state.nodes;
     ++search_state.nodes_since_poll;
@@ -133,7 +127,8 @@ void poll_when_due() {
     search_state.nodes_since_poll = 0;
 }
 
-bool stop_requested(Node& node) {
+// Takes every move of the path back when the search is to stop.
+bool stopped_at_root() {
     if (!stop_wanted())
         return false;
     while (position.search_ply > 0) {
@@ -143,7 +138,22 @@ bool stop_requested(Node& node) {
         else
             unmake_move(&last);
     }
-    return node.decide(0);
+    return true;
+}
+
+bool stop_requested(Node& node) {
+    return stopped_at_root() && node.decide(0);
+}
+
+Score enter_quiescence(Score beta, Depth depth) {
+    constexpr int PLIES_WITH_CHECKS = 2;
+    search_state.qsearch_nodes = 0;
+    const Score score = qsearch(beta, depth, position.search_ply + PLIES_WITH_CHECKS);
+    if (search_state.qsearch_nodes <= SWOLLEN_QSEARCH)
+        return score;
+    poll_input();  // nodes as slow as this one must not wait for the count
+    stop_when_time_is_up();
+    return stopped_at_root() ? 0 : score;
 }
 
 bool kings_touch(Node& node) {
@@ -479,6 +489,7 @@ bool search_moves(Node& node) {
         if (futile(node, *move, extra))
             continue;
         make_move(move);
+        tt_prefetch(position.current().key);
         const Score value = search_child(node, *move, extra);
         if (stop_wanted())  // the node that saw it has already taken every move back
             return node.decide(0);

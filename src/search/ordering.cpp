@@ -3,7 +3,6 @@
 #include "board/move_list.h"
 #include "board/position.h"
 #include "eval/exchange.h"
-#include "eval/square_tables.h"
 #include "search/path.h"
 #include "search/search_state.h"
 
@@ -13,7 +12,13 @@ namespace quelmar {
 
 namespace {
 
-constexpr i32 HANDED_OUT = std::numeric_limits<i32>::min() + 1;
+constexpr i32 HANDED_OUT = std::numeric_limits<i32>::min();
+
+// A move's score is its worth times this plus the cheapness of the man that moves, which decides between
+// equals.
+constexpr i32 WORTH_UNIT = 8;
+constexpr std::array<i32, 14> cheapness = {0, 5, 4, 4, 3, 2, 1, 5, 4, 4, 3, 2, 1, 0};
+
 constexpr i32 THREATENED_STEP = 100;  // between the worst and the second worst hanging man
 constexpr int HISTORY_DEPTH_SHIFT = 5;
 
@@ -21,7 +26,7 @@ constexpr int HISTORY_DEPTH_SHIFT = 5;
 constexpr std::array<i32, 14> capture_order = {0,   115, 116, 117, 118, 119, 126,
                                                115, 116, 117, 118, 119, 126, 0};
 
-i32 capture_score(const UndoRecord& here, const Move& move) {
+i32 capture_worth(const UndoRecord& here, const Move& move) {
     for (std::size_t i = 0; i < here.threat_square_them.size(); ++i) {
         if (here.threat_value_them[i] != 0 && here.threat_square_them[i] == move.to)
             return ORDER_WINS_THREATENED - THREATENED_STEP * static_cast<i32>(i) - move.piece;
@@ -29,14 +34,14 @@ i32 capture_score(const UndoRecord& here, const Move& move) {
     return ORDER_CAPTURE + capture_order[move.captured];
 }
 
-i32 promotion_score(const Move& move) {
+i32 promotion_worth(const Move& move) {
     const bool sound = static_exchange(move.from, move.to) >= 0;
     if (kind_of(move.promotion) == QUEEN)
         return sound ? ORDER_QUEEN_PROMOTION : ORDER_LOSING_QUEEN_PROMOTION;
     return sound ? ORDER_UNDERPROMOTION : ORDER_LOSING_UNDERPROMOTION;
 }
 
-i32 quiet_score(const Move& move) {
+i32 quiet_worth(const Move& move) {
     const int ply = position.search_ply;
     if (same_squares(move, search_state.at(ply).killer))
         return ORDER_KILLER;
@@ -45,10 +50,20 @@ i32 quiet_score(const Move& move) {
     return static_cast<i32>(search_state.history_of(move) >> search_state.history_shift);
 }
 
-void lift_first(Square from, Square to, i32 score) {
+i32 worth_of(const UndoRecord& here, const Move& move) {
+    if (move.captured != EMPTY)
+        return capture_worth(here, move);
+    return move.promotion != EMPTY ? promotion_worth(move) : quiet_worth(move);
+}
+
+void rate(Move& move, i32 worth) {
+    move.score = worth * WORTH_UNIT + cheapness[move.piece];
+}
+
+void lift_first(Square from, Square to, i32 worth) {
     for (Move& move : move_list.current()) {
         if (move.from == from && move.to == to) {
-            move.score = score;
+            rate(move, worth);
             return;
         }
     }
@@ -58,14 +73,8 @@ void lift_first(Square from, Square to, i32 score) {
 
 void order_moves(PackedMove table_move) {
     const UndoRecord& here = position.current();
-    for (Move& move : move_list.current()) {
-        if (move.captured != EMPTY)
-            move.score = capture_score(here, move);
-        else if (move.promotion != EMPTY)
-            move.score = promotion_score(move);
-        else
-            move.score = quiet_score(move);
-    }
+    for (Move& move : move_list.current())
+        rate(move, worth_of(here, move));
     // The later the stronger: each may override the one before.
     const int ply = position.search_ply;
     if (table_move != 0)
@@ -78,13 +87,11 @@ void order_moves(PackedMove table_move) {
         lift_first(packed_from(threat), packed_to(threat), ORDER_MATE_KILLER);
 }
 
-// Among equals the cheaper man goes first, then the earlier in the list.
 Move* pick_move() {
     Move* best = nullptr;
     i32 best_score = HANDED_OUT;
     for (Move& move : move_list.current()) {
-        if (move.score > best_score ||
-            (move.score == best_score && best != nullptr && value_of(move.piece) < value_of(best->piece))) {
+        if (move.score > best_score) {
             best = &move;
             best_score = move.score;
         }

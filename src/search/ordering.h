@@ -7,7 +7,8 @@
 
 namespace quelmar {
 
-// What a kind of move is worth to the order.
+// What a kind of move is worth to the order. Among moves of equal worth the cheaper man goes first, then the
+// earlier in the list.
 inline constexpr i32 ORDER_TABLE_MOVE = 10000000, ORDER_MATE_KILLER = 9999999,
                      ORDER_WINS_THREATENED = 9999900, ORDER_CAPTURE = 9999000,
                      ORDER_QUEEN_PROMOTION = 9999000, ORDER_LOSING_QUEEN_PROMOTION = 9995000,

@@ -16,6 +16,7 @@
 #include "eval/ply_outputs.h"
 #include "eval/square_tables.h"
 #include "eval/threats.h"
+#include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "search/check_kind.h"
 #include "search/extensions.h"
@@ -109,6 +110,11 @@ void judge_statically(QNode& node) {
     search_state.at(node.ply).ply_in_check = node.in_check;
 }
 
+// A stop in the first iteration, which has to complete, shortens what is left of it.
+bool is_swollen() {
+    return search_state.qsearch_nodes > SWOLLEN_QSEARCH || protocol_state.abort_search;
+}
+
 // Also with what hangs on both sides the position is above beta by a clear margin.
 bool stand_pat(QNode& node) {
     constexpr Score CLEAR_MARGIN = 128;
@@ -161,6 +167,7 @@ bool worth_searching(const QNode& node, const Move& move) {
 // True when the move reached beta.
 bool search_move(QNode& node, const Move& move, int check_limit) {
     make_move(&move);
+    tt_prefetch(position.current().key);
     const Score value = -qsearch(1 - node.beta, node.depth - ONE_PLY, check_limit);
     unmake_move(&move);
     if (value > node.best) {
@@ -218,7 +225,7 @@ Score qsearch(Score beta, Depth depth, int check_limit) {
     judge_statically(node);
     if (is_search_draw())
         return 0;
-    if (node.ply >= MAX_PLY - 1)
+    if (node.ply >= MAX_PLY - 1 || is_swollen())
         return node.eval;
     if (stand_pat(node))
         return node.result;

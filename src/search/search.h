@@ -15,8 +15,12 @@ void think();
 Score search(Score beta, Depth depth, bool null_allowed);
 
 // The same below the horizon. `depth` is only the depth stored in the table; no checks are searched beyond
-// ply `check_limit`. Never polls and never stops.
+// ply `check_limit`. Does not poll and, but for a swollen tree, runs to its end.
 Score qsearch(Score beta, Depth depth, int check_limit);
+
+// More nodes than any game's position takes in one quiescence search. With dozens of queens on the board the
+// captures would never end; from here on every node stands on its static score.
+inline constexpr u64 SWOLLEN_QSEARCH = 20000;
 
 // One iteration: null-window searches from `guess` until the root score is known.
 Score mtd_driver(Score guess, Depth depth);

@@ -120,9 +120,14 @@ void time_check() {
         print_status();
         search_state.last_status_time = now;
     }
+    stop_when_time_is_up();
+}
+
+void stop_when_time_is_up() {
     if (protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode ||
         protocol_state.uci_infinite || !search_state.timed)
         return;
+    const i32 elapsed = elapsed_since(search_state.start_time);
     const bool ponder_hit_used_up =
         protocol_state.ponder_state == PONDER_HIT && elapsed > 3 * i64{search_state.target_time};
     if (elapsed > search_state.max_time || ponder_hit_used_up)

@@ -19,7 +19,11 @@ void update_clocks_after_move(i32 elapsed);
 // The same for the entry of the search root, charging `side` whatever its kind of clock.
 void update_root_clock(Side side, i32 elapsed);
 
-// Called after every input poll of the search: status lines, and abort_search when time is up.
+// Called after every input poll of the search: status lines, and abort_search when time is up. Does nothing
+// during the first iteration.
 void time_check();
+
+// Sets abort_search when the search runs on a clock and its time is up, in any iteration.
+void stop_when_time_is_up();
 
 }  // namespace quelmar

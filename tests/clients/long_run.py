@@ -13,7 +13,7 @@ import sys
 HERE = pathlib.Path(__file__).resolve().parent
 RANDOM_MOVER = "{python} {here}/random_mover.py {quelmar}"
 MATCHES = {
-    "picture": "--games 1 --seconds 60 --increment 1 --second phalanx --screenshot 20",
+    "picture": "--games 1 --seconds 10 --increment 0.5 --second phalanx --screenshot 20",
     "self_play": "--games 100 --seconds 1 --increment 0.05",
     "chess960": "--games 100 --seconds 1 --increment 0.05 --variant fischerandom",
     "ponder": "--games 20 --seconds 2 --increment 0.05 --ponder",
@@ -22,6 +22,13 @@ MATCHES = {
     "phalanx": "--games 20 --seconds 1 --increment 0.05 --second phalanx",
     "phalanx_forty_moves": "--games 4 --seconds 10 --moves 40 --second phalanx",
     "phalanx_ponder": "--games 10 --seconds 2 --increment 0.05 --ponder --second phalanx",
+    "gnuchess": "--games 10 --seconds 1 --increment 0.05 --second 'gnuchess -x'",
+    "toga2": "--games 10 --seconds 1 --increment 0.05 --second toga2 --second-uci",  # through polyglot
+    "resigning": "--games 10 --seconds 1 --increment 0.05 --setting 'resign yes' --second toga2 --second-uci",
+    # Every kind of move and of ending, in long games: xboard has to agree with each move and each claimed result.
+    "random_games": f"--games 100 --seconds 60 --first '{RANDOM_MOVER} 1' --second '{RANDOM_MOVER} 2'",
+    "random_games_chess960": f"--games 100 --seconds 60 --variant fischerandom --first '{RANDOM_MOVER} 3' "
+                             f"--second '{RANDOM_MOVER} 4'",
     "random_mover": f"--games 20 --seconds 1 --increment 0.05 --first-must-win --second '{RANDOM_MOVER}'",
     "random_mover_chess960": "--games 20 --seconds 1 --increment 0.05 --first-must-win --variant fischerandom "
                              f"--start 11 --second '{RANDOM_MOVER}'",

@@ -37,13 +37,16 @@ def read_arguments() -> argparse.Namespace:
     parser.add_argument("--first-must-win", action="store_true", help="every game that the first engine does not win fails")
     parser.add_argument("--screenshot", type=float, default=0.0, help="seconds after which to take a picture of the screen")
     parser.add_argument("--keep", type=pathlib.Path, help="folder for PGN, debug log and picture (default: kept on failure)")
+    parser.add_argument("--setting", action="append", default=[], help='line of quelmar.ini, such as "resign yes"')
     parser.add_argument("--xboard", default="", help="more options for xboard")
     return parser.parse_args()
 
 
-def engine(command: str, is_uci: bool) -> xboard.Engine:
+def engine(command: str, is_uci: bool, must_exist: bool) -> xboard.Engine:
     program, *rest = shlex.split(command)
     found = shutil.which(program, path=xboard.SEARCH_PATH)
+    if not found and must_exist:
+        sys.exit(f"{program}: no such program")
     # An engine that takes KQkq only: all games start from set-ups with every castling allowed.
     return xboard.Engine(" ".join([os.path.abspath(found) if found else program, *rest]), "KQkq -", is_uci)
 
@@ -62,7 +65,7 @@ def run(match: xboard.Match, folder: pathlib.Path, first_must_win: bool) -> list
         xboard.play(match, folder)
     except xboard.Trouble as reason:
         trouble.append(str(reason))
-    verdict = records.judge(folder, match.games)
+    verdict = records.judge(folder, match.games, match.first == match.second)
     failures = trouble + verdict.failures
     if first_must_win:
         failures += games_not_won_by_first(verdict.games)
@@ -78,10 +81,11 @@ def run(match: xboard.Match, folder: pathlib.Path, first_must_win: bool) -> list
 def main() -> int:
     given = read_arguments()
     match = xboard.Match(
-        first=engine(given.first, given.first_uci), second=engine(given.second or given.first, given.second_uci),
+        first=engine(given.first, given.first_uci, True),
+        second=engine(given.second or given.first, given.second_uci, False),
         games=given.games, seconds=given.seconds, increment=given.increment, moves_per_control=given.moves,
         variant=given.variant, adjudicate=given.adjudicate, ponder=given.ponder, screenshot_after=given.screenshot,
-        xboard_options=shlex.split(given.xboard))
+        settings="".join(line + "\n" for line in given.setting), xboard_options=shlex.split(given.xboard))
     if given.variant == "fischerandom":
         match.starts = chess960.start_fens(given.games, given.start)
     if missing := xboard.missing_programs(match):

@@ -18,11 +18,13 @@ RULES = re.compile(
         XBoard\ adjudication:\ repetition\ draw |
         Draw\ claim:\ .*
     )$""", re.VERBOSE | re.IGNORECASE)
+LAST_WORDS = 12
 RESULTS = ("1-0", "0-1", "1/2-1/2")
 # What no engine may say and xboard may not have to say about one. Some engines take "computer" for a move.
 ALARMS = re.compile(r"Illegal move(?!: computer)|Forfeit|exited unexpectedly|Sanitizer|runtime error:|\*\*\* |Error in EPD"
                     r"|not supported by|rejected by")
 SPOKEN = re.compile(r"(\d+) ([<>])(first |second): ?")
+MOVE_MADE = re.compile(r"(?:move|My move is :) (\S+)")
 MOVE_SENT = re.compile(r"usermove|go$|[a-h][1-8][a-h][1-8]|O-O")
 
 
@@ -33,6 +35,7 @@ class Game:
     reason: str  # the comment in front of the result
     result: str
     moves: list[str] = field(default_factory=list)  # in coordinates, as the engines wrote them
+    last_words: list[str] = field(default_factory=list)  # of the debug log, before the game was ended
 
     def ended_by_rules(self) -> bool:
         return self.result in RESULTS and bool(RULES.match(self.reason) or self.is_minor_pieces_draw())
@@ -87,11 +90,13 @@ def spoken_lines(log: str):
             yield int(pieces[-1][1]), pieces[0][3].strip(), pieces[0][2] == "<", text
 
 
-def note_moves(games: list[Game], log: str) -> None:
+def note_conversations(games: list[Game], log: str) -> None:
     parts = re.split(r"^New game \(\d+\): ", log, flags=re.MULTILINE)[1:]
     for game, part in zip(games, parts):
-        game.moves = [text[5:].strip() for _, _, from_engine, text in spoken_lines(part)
-                      if from_engine and text.startswith("move ")]
+        spoken = part.partition("\nGameEnds(")[0].splitlines()
+        game.last_words = [line for line in spoken if SPOKEN.match(line)][-LAST_WORDS:]
+        made = (MOVE_MADE.match(text) for _, _, from_engine, text in spoken_lines(part) if from_engine)
+        game.moves = [found[1] for found in made if found]
 
 
 def use_of_clocks(log: str) -> dict[str, Clock]:
@@ -103,7 +108,7 @@ def use_of_clocks(log: str) -> dict[str, Clock]:
             left[name] = int(text[5:]) * 10
         elif not from_engine and MOVE_SENT.match(text):
             since[name] = stamp
-        elif from_engine and text.startswith("move ") and name in since and name in left:
+        elif from_engine and MOVE_MADE.match(text) and name in since and name in left:
             clock, thought = clocks[name], stamp - since.pop(name)
             clock.moves += 1
             clock.longest_think = max(clock.longest_think, thought)
@@ -123,16 +128,24 @@ def alarms(log: str, limit: int = 10) -> list[str]:
     return found[:limit]
 
 
-def judge(folder: pathlib.Path, expected_games: int) -> Verdict:
+def opponent_lost_on_time(number: int, game: Game) -> bool:
+    """Whether the second engine overstepped its time: that is its own affair, or the machine's."""
+    winner = re.match(r"(White|Black) wins on time", game.reason)
+    # xboard alternates colours and lets the first engine begin with White.
+    return bool(winner) and winner[1] == ("White" if number % 2 else "Black")
+
+
+def judge(folder: pathlib.Path, expected_games: int, against_itself: bool) -> Verdict:
     pgn, log, messages = (folder / name for name in ("games.pgn", "debug.log", "xboard.err"))
     games = parse_games(pgn.read_text(errors="replace")) if pgn.exists() else []
-    note_moves(games, log.read_text(errors="replace") if log.exists() else "")
+    note_conversations(games, log.read_text(errors="replace") if log.exists() else "")
     verdict = Verdict(games)
     if len(games) != expected_games:
         verdict.failures.append(f"{len(games)} games instead of {expected_games}")
     for number, game in enumerate(games, 1):
-        if not game.ended_by_rules():
+        if not game.ended_by_rules() and (against_itself or not opponent_lost_on_time(number, game)):
             verdict.failures.append(f"game {number} (White: {game.tags.get('White')}): {game.result} {{{game.reason}}}")
+            verdict.failures += ["    " + line for line in game.last_words]
     if log.exists():
         verdict.failures += alarms(log.read_text(errors="replace"))
     if messages.exists():

@@ -14,12 +14,13 @@ import pathlib
 import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 from dataclasses import dataclass, field
 
 SKIPPED = 77  # exit status by which CTest knows a test that could not run
-PR_SET_CHILD_SUBREAPER = 36
+PR_SET_PDEATHSIG, PR_SET_CHILD_SUBREAPER = 1, 36
 SCREEN = "1024x768x24"
 # Debian installs xboard and the engines where the PATH of a service often does not look.
 SEARCH_PATH = os.environ.get("PATH", os.defpath) + os.pathsep + "/usr/games"
@@ -51,6 +52,7 @@ class Match:
     adjudicate: bool = False  # xboard ends games at mate and draws; otherwise the engines have to claim
     ponder: bool = False
     screenshot_after: float = 0.0  # seconds into the match; 0: none
+    settings: str = ""  # lines of the "quelmar.ini" in the engines' working directory
     xboard_options: list[str] = field(default_factory=list)
 
     def time_limit(self) -> float:
@@ -66,7 +68,7 @@ class Match:
 
 
 def missing_programs(match: Match) -> list[str]:
-    programs = ["xboard", "Xvfb"] + [engine.command.split()[0] for engine in (match.first, match.second)]
+    programs = ["xboard", "Xvfb", match.second.command.split()[0]]
     return [program for program in programs if not shutil.which(program, path=SEARCH_PATH)]
 
 
@@ -88,6 +90,11 @@ def descendants(process: int) -> list[int]:
 
 def adopt_orphans() -> None:
     ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+
+
+def die_with_parent() -> None:
+    """Runs in a new child: even when this process is killed, the child ends (and with xboard its engines)."""
+    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL, 0, 0, 0)
 
 
 def end_descendants() -> None:
@@ -125,8 +132,8 @@ def start_display(folder: pathlib.Path, environment: dict[str, str]) -> str:
     read_end, write_end = os.pipe()
     subprocess.Popen(
         ["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN, "-nolisten", "tcp", "-fbdir", str(folder)],
-        pass_fds=[write_end], env=environment, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
-        stderr=subprocess.DEVNULL)
+        pass_fds=[write_end], env=environment, preexec_fn=die_with_parent, stdin=subprocess.DEVNULL,
+        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     os.close(write_end)
     with os.fdopen(read_end) as pipe:
         number = pipe.readline().strip()  # the end of the file, if Xvfb gives up
@@ -192,17 +199,20 @@ def play(match: Match, folder: pathlib.Path) -> None:
     """Plays the match and leaves its records in `folder`, which must exist and hold no older ones. Raises Trouble when
     it did not come to its end; the records are then what there is."""
     adopt_orphans()
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("terminated"))  # so that the children are ended first
     with tempfile.TemporaryDirectory(prefix="quelmar-match-") as scratch:
         home = pathlib.Path(scratch) / "home"
         engine_folder = pathlib.Path(scratch) / "engines"
         home.mkdir(mode=0o700)
         engine_folder.mkdir()
+        (engine_folder / "quelmar.ini").write_text(match.settings)
         environment = private_environment(home)
         try:
             environment["DISPLAY"] = start_display(pathlib.Path(scratch), environment)
             with open(folder / "xboard.err", "w") as messages:
                 xboard = subprocess.Popen(xboard_command(match, folder, engine_folder), env=environment, cwd=scratch,
-                                          stdin=subprocess.DEVNULL, stdout=messages, stderr=messages)
+                                          preexec_fn=die_with_parent, stdin=subprocess.DEVNULL, stdout=messages,
+                                          stderr=messages)
                 wait_for_end(xboard, match, folder, pathlib.Path(scratch) / "Xvfb_screen0")
         finally:
             end_descendants()

@@ -234,6 +234,19 @@ TEST_F(SearchTest, QuiescenceScoresKingsAndMates) {
     position.search_ply = 0;
 }
 
+TEST_F(SearchTest, MonstrousPositionsDoNotOutrunTheClock) {
+    set_up("qqqqkqqq/qqqqqqqq/8/8/8/8/QQQQQQQQ/QQQQKQQQ w -");
+    const auto board = position.board;
+    position.current().clock[WHITE] = {.kind = CLOCK_PER_MOVE, .time_left_ms = 200};
+    testing::internal::CaptureStdout();
+    think();
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(position.board, board);
+    EXPECT_TRUE(position_is_consistent());
+    EXPECT_EQ(position.search_ply, 0);
+    EXPECT_GE(search_state.pv_length, 1);
+}
+
 TEST_F(SearchTest, MonstrousPositionsAreSearched) {
     for (const char* fen : {"qqqqkqqq/8/8/8/8/8/8/QQQQKQQQ w -", "PPPPkPPP/8/8/8/8/8/8/pppKpppp w -",
                             "8/8/8/3kK3/8/8/8/8 w -"}) {
