@@ -4,6 +4,7 @@
 #include "board/setup.h"
 #include "eval/evaluate.h"
 #include "eval/ply_outputs.h"
+#include "protocol/command_table.h"
 #include "protocol/dialect.h"
 #include "protocol/game.h"
 #include "protocol/input.h"
@@ -19,7 +20,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <utility>
 
 namespace quelmar {
 
@@ -116,45 +116,40 @@ void ponder_hit(std::string_view) {
         state.ponder_state = PONDER_HIT;
 }
 
-enum class Meanwhile { AT_ONCE, AFTER_SEARCH };  // when a command acts that arrives during a search
-
-struct Command {
-    std::string_view word;
-    Meanwhile during_search;
-    void (*run)(std::string_view arguments);
-};
-
 using enum Meanwhile;
 
 // clang-format off
 constexpr Command COMMANDS[] = {
-    {"uci",        AT_ONCE,      identify},
-    {"debug",      AT_ONCE,      debug},
-    {"isready",    AT_ONCE,      is_ready},
-    {"setoption",  AFTER_SEARCH, set_standard_option},
-    {"ucinewgame", AFTER_SEARCH, new_game_follows},
-    {"position",   AFTER_SEARCH, set_up_position},
-    {"go",         AFTER_SEARCH, standard_go},
-    {"stop",       AT_ONCE,      stop},
-    {"ponderhit",  AT_ONCE,      ponder_hit},
-    {"quit",       AT_ONCE,      quit},
+    {"uci",         3, AT_ONCE,      identify},
+    {"debug",       5, AT_ONCE,      debug},
+    {"isready",     7, AT_ONCE,      is_ready},
+    {"setoption",   9, AFTER_SEARCH, set_standard_option},
+    {"ucinewgame", 10, AFTER_SEARCH, new_game_follows},
+    {"position",    8, AFTER_SEARCH, set_up_position},
+    {"go",          2, AFTER_SEARCH, standard_go},
+    {"stop",        4, AT_ONCE,      stop},
+    {"ponderhit",   9, AT_ONCE,      ponder_hit},
+    {"quit",        4, AT_ONCE,      quit},
 };
 // clang-format on
 
-struct FoundCommand {
-    const Command* command = nullptr;
-    std::string_view arguments;
-};
+const Command* find_whole_word(std::string_view word) {
+    const auto* found = std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
+                                     [word](const Command& command) { return command.word == word; });
+    return found != std::end(COMMANDS) ? found : nullptr;
+}
 
-// Words before the first command of a line are to be passed over.
-FoundCommand find_command(std::string_view line) {
-    for (std::string_view word = take_word(line); !word.empty(); word = take_word(line)) {
-        for (const Command& command : COMMANDS) {
-            if (command.word == word)
-                return {&command, line};
-        }
+// The first word of `line` that is a command; `line` begins with it then. Words before it are passed over.
+const Command* find_first_command(std::string_view& line) {
+    for (;;) {
+        line = skip_space(line);
+        std::string_view rest = line;
+        const std::string_view word = take_word(rest);
+        const Command* command = find_whole_word(word);
+        if (command != nullptr || word.empty())
+            return command;
+        line = rest;
     }
-    return {};
 }
 
 void report_unknown(std::string_view line) {
@@ -164,9 +159,9 @@ void report_unknown(std::string_view line) {
 }
 
 void run_line(std::string_view line) {
-    const FoundCommand found = find_command(line);
-    if (found.command != nullptr)
-        found.command->run(found.arguments);
+    std::string_view command_line = line;
+    if (const Command* command = find_first_command(command_line))
+        command->run_with(command_line);
     else
         report_unknown(line);
 }
@@ -179,8 +174,9 @@ void echo_when_debugging(std::string_view line) {
 
 void line_during_search(std::string_view line) {
     echo_when_debugging(line);
-    const FoundCommand found = find_command(line);
-    if (found.command != nullptr && found.command->during_search == AFTER_SEARCH)
+    std::string_view command_line = line;
+    const Command* command = find_first_command(command_line);
+    if (command != nullptr && command->during_search == AFTER_SEARCH)
         run_after_search(std::string(line));
     else
         run_line(line);
@@ -212,14 +208,12 @@ void run_standard_uci() {
     state.uci_mode = true;
     remember_standard_defaults();
     for (;;) {
-        if (state.pending_commands.empty()) {
-            const std::string line = read_command();
-            echo_when_debugging(line);
-            run_line(line);
+        if (const auto line = take_pending_command()) {
+            run_line(*line);
         } else {
-            const std::string line = std::move(state.pending_commands.front());
-            state.pending_commands.erase(state.pending_commands.begin());
-            run_line(line);
+            const std::string command = read_command();
+            echo_when_debugging(command);
+            run_line(command);
         }
     }
 }

@@ -14,7 +14,7 @@ PATIENCE = 20.0  # seconds; longer than anything a test waits for, shorter than 
 THINKING = re.compile(
     r"\s*\d+ +(-?\d+ \d+ \d+|[<>=]*\s*-?[#\d.]+ +[\d.:]+ +\d+) .*"  # xboard and console
     r"| {35}.*"  # a console line that was wrapped
-    r"|info .*"
+    r"|info (?!string ).*"
 )
 
 
