@@ -19,12 +19,18 @@ MATCHES = {
     "ponder": "--games 20 --seconds 2 --increment 0.05 --ponder",
     "forty_moves": "--games 4 --seconds 10 --moves 40",
     "tenths": "--games 10 --seconds 3 --increment 0.1 --variant fischerandom --start 7",
+    # xboard itself takes no more than 500 moves.
+    "long_games": "--games 6 --seconds 2 --increment 0.05 --opening-moves 380",
     "phalanx": "--games 20 --seconds 1 --increment 0.05 --second phalanx",
     "phalanx_forty_moves": "--games 4 --seconds 10 --moves 40 --second phalanx",
     "phalanx_ponder": "--games 10 --seconds 2 --increment 0.05 --ponder --second phalanx",
     "gnuchess": "--games 10 --seconds 1 --increment 0.05 --second 'gnuchess -x'",
     "toga2": "--games 10 --seconds 1 --increment 0.05 --second toga2 --second-uci",  # through polyglot
     "resigning": "--games 10 --seconds 1 --increment 0.05 --setting 'resign yes' --second toga2 --second-uci",
+    # quelmar-uci needs polyglot between itself and xboard.
+    "uci": "--games 10 --seconds 2 --increment 0.05 --first {quelmar}-uci --first-uci --second phalanx",
+    "uci_chess960": "--games 20 --seconds 2 --increment 0.05 --variant fischerandom --start 3 "
+                    "--first {quelmar}-uci --first-uci --second {quelmar}",
     # Every kind of move and of ending, in long games: xboard has to agree with each move and each claimed result.
     "random_games": f"--games 100 --seconds 60 --first '{RANDOM_MOVER} 1' --second '{RANDOM_MOVER} 2'",
     "random_games_chess960": f"--games 100 --seconds 60 --variant fischerandom --first '{RANDOM_MOVER} 3' "

@@ -15,6 +15,7 @@ import sys
 import tempfile
 
 import chess960
+import long_opening
 import records
 import screenshot
 import xboard
@@ -30,6 +31,7 @@ def read_arguments() -> argparse.Namespace:
     parser.add_argument("--moves", type=int, default=0, help="the seconds are for so many moves each time")
     parser.add_argument("--variant", choices=("normal", "fischerandom"), default="normal")
     parser.add_argument("--start", type=int, default=0, help="number of the first Chess960 start")
+    parser.add_argument("--opening-moves", type=int, default=0, help="begin with so many moves played for the engines")
     parser.add_argument("--adjudicate", action="store_true", help="xboard ends games; engines need not claim results")
     parser.add_argument("--ponder", action="store_true")
     parser.add_argument("--first-uci", action="store_true")
@@ -48,7 +50,8 @@ def engine(command: str, is_uci: bool, must_exist: bool) -> xboard.Engine:
     if not found and must_exist:
         sys.exit(f"{program}: no such program")
     # An engine that takes KQkq only: all games start from set-ups with every castling allowed.
-    return xboard.Engine(" ".join([os.path.abspath(found) if found else program, *rest]), "KQkq -", is_uci)
+    fields = "" if is_uci else "KQkq -"
+    return xboard.Engine(" ".join([os.path.abspath(found) if found else program, *rest]), fields, is_uci)
 
 
 def games_not_won_by_first(games: list[records.Game]) -> list[str]:
@@ -86,6 +89,8 @@ def main() -> int:
         games=given.games, seconds=given.seconds, increment=given.increment, moves_per_control=given.moves,
         variant=given.variant, adjudicate=given.adjudicate, ponder=given.ponder, screenshot_after=given.screenshot,
         settings="".join(line + "\n" for line in given.setting), xboard_options=shlex.split(given.xboard))
+    if given.opening_moves:
+        match.opening = long_opening.pgn(given.opening_moves)
     if given.variant == "fischerandom":
         match.starts = chess960.start_fens(given.games, given.start)
     if missing := xboard.missing_programs(match):

@@ -49,6 +49,7 @@ class Match:
     moves_per_control: int = 0  # the seconds are for so many moves each time; 0: for the game
     variant: str = "normal"
     starts: list[str] = field(default_factory=list)  # FENs, one per game; empty: the usual start position
+    opening: str = ""  # a game in PGN; every game goes on from its end
     adjudicate: bool = False  # xboard ends games at mate and draws; otherwise the engines have to claim
     ponder: bool = False
     screenshot_after: float = 0.0  # seconds into the match; 0: none
@@ -168,6 +169,10 @@ def xboard_command(match: Match, folder: pathlib.Path, engine_folder: pathlib.Pa
         starts = folder / "starts.fen"
         starts.write_text("".join(fen + "\n" for fen in match.starts))
         command += ["-loadPositionFile", str(starts), "-loadPositionIndex", "-1"]  # the next one for every game
+    if match.opening:
+        opening = folder / "opening.pgn"
+        opening.write_text(match.opening)
+        command += ["-loadGameFile", str(opening), "-loadGameIndex", "1", "-timeDelay", "0"]
     for prefix, engine in (("first", match.first), ("second", match.second)):
         if engine.fen_fields:
             command += [f"-{prefix}NeedsNoncompliantFEN", engine.fen_fields]
