@@ -29,9 +29,9 @@ Move find_legal(PackedMove packed) {
     return found != moves.end() ? *found : Move{};
 }
 
-// Whether the position stood on the board before, in the last `reach` plies.
-bool repeats_within(int reach) {
-    for (int back = 2; back <= reach; back += 2) {
+// Whether the position stood on the board before, at the search's root or since.
+bool repeats_since_root() {
+    for (int back = 2; back <= position.search_ply; back += 2) {
         if (position.back(back).key == position.current().key)
             return true;
     }
@@ -52,7 +52,7 @@ int walk_table(std::span<Move> line) {
         line[static_cast<std::size_t>(length)] = move;
         make_move(&line[static_cast<std::size_t>(length)]);
         ++length;
-        if (repeats_within(length))
+        if (repeats_since_root())
             break;
     }
     for (int i = length; i > 0; --i)

@@ -22,7 +22,7 @@ private:
 };
 
 // Follows the table's moves from the current position into `line`, as far as they are legal and at most to
-// its end, and returns how many there are. A line ends after the move that repeats one of its own positions.
+// its end, and returns how many there are. A line ends after the move that repeats a position since the root.
 // Overwrites the move lists from the current ply on.
 int walk_table(std::span<Move> line);
 

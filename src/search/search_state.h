@@ -53,7 +53,7 @@ struct SearchState {
     std::array<std::array<u32, 64>, 64> history{};         // [from index][to index]
 
     // The record of a ply, -PLY_GUARD..MAX_PLY + 3. Those before the root stay empty.
-    PlyRecord& at(int ply) { return plies[static_cast<std::size_t>(ply + PLY_GUARD)]; }
+    PlyRecord& at(int ply) { return *(plies.data() + PLY_GUARD + ply); }
     u32& history_of(const Move& move) {
         return history[index_of_square[move.from]][index_of_square[move.to]];
     }

@@ -220,12 +220,13 @@ void print_stat01() {
 
 void print_tellall() {
     const Score score = search_state.last_score;
+    const int scores_per_pawn = 128 / settings.grain();
     std::printf("tellall depth=%d nodes=%lld score=", search_state.iteration,
                 static_cast<long long>(search_state.nodes));
     if (is_mate(score))
         std::printf("%s", mate_text(score, "#").c_str());
     else
-        std::printf("%.2f", score / static_cast<double>(128 / settings.grain()));
+        std::printf("%.2f", static_cast<double>(score) / scores_per_pawn);
     std::printf(" PV: %s\n", last_pv_text.c_str());
 }
 
