@@ -111,20 +111,31 @@ i64 time_left(const GoArguments& go, Side side) {
     return std::max<i64>(0, go.time[ours].value_or(go.time[ours ^ 1].value_or(0)));
 }
 
-SideClock clock_of(const GoArguments& go, Side side) {
-    if (!go.has_clock() && !go.move_time)
-        return {.kind = CLOCK_FIXED_DEPTH, .depth_limit = MAX_ITERATION};
-    if (!go.has_clock())
-        return {.kind = CLOCK_PER_MOVE, .time_left_ms = without_overhead(*go.move_time)};
-    SideClock clock;
-    clock.time_left_ms = clamp_to_i32(time_left(go, side));
-    clock.increment_ms =
-        clamp_to_i32(std::max<i64>(0, go.increment[static_cast<std::size_t>(side)].value_or(0)));
-    if (const i64 moves = go.moves_to_go.value_or(0); moves > 0) {
-        clock.kind = CLOCK_MOVES_IN_TIME;
-        clock.moves_per_control = clamp_to_i32(moves);
-    }
+// The overhead is lost on every move to come as well, as far as the increment does not pay for it.
+i64 left_for_thinking(i64 left, i64 increment, i64 moves) {
+    const i64 overhead = move_overhead_ms();
+    const i64 lost = overhead + (moves - 1) * std::max<i64>(0, overhead - increment);
+    return std::max(left - lost, left / 8);
+}
+
+SideClock game_clock(const GoArguments& go, Side side) {
+    constexpr i64 MOVES_AHEAD = 20;
+    const i64 increment = std::max<i64>(0, go.increment[static_cast<std::size_t>(side)].value_or(0));
+    const i64 to_go = std::max<i64>(0, go.moves_to_go.value_or(0));
+    const i64 moves = to_go > 0 ? std::min(to_go, MOVES_AHEAD) : MOVES_AHEAD;
+    SideClock clock{.kind = to_go > 0 ? CLOCK_MOVES_IN_TIME : CLOCK_WHOLE_GAME};
+    clock.moves_per_control = clamp_to_i32(to_go);
+    clock.time_left_ms = clamp_to_i32(left_for_thinking(time_left(go, side), increment, moves));
+    clock.increment_ms = clamp_to_i32(std::max<i64>(0, increment - move_overhead_ms()));
     return clock;
+}
+
+SideClock clock_of(const GoArguments& go, Side side) {
+    if (go.has_clock())
+        return game_clock(go, side);
+    if (go.move_time)
+        return {.kind = CLOCK_PER_MOVE, .time_left_ms = without_overhead(*go.move_time)};
+    return {.kind = CLOCK_FIXED_DEPTH, .depth_limit = MAX_ITERATION};
 }
 
 // A limit below 1 counts as 1, so that the search ends.

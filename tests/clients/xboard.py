@@ -70,6 +70,8 @@ class Match:
 
 def missing_programs(match: Match) -> list[str]:
     programs = ["xboard", "Xvfb", match.second.command.split()[0]]
+    if match.first.is_uci or match.second.is_uci:
+        programs.append("polyglot")  # by which xboard speaks to UCI engines
     return [program for program in programs if not shutil.which(program, path=SEARCH_PATH)]
 
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Every command with missing, huge, negative and meaningless arguments, in every state of the engine.
 
-    bad_input.py QUELMAR
+    bad_input.py QUELMAR QUELMAR-UCI
 
 Whatever is said, the engine has to go on: it still answers, and a new game begins with the start position.
 """
@@ -53,7 +53,8 @@ UCI_WORDS = (
     b"setoption", b"setoption name", b"setoption name Hash value", b"setoption name Selectivity value",
     b"setoption name Nullmove reduction factor value", b"setoption name NalimovCache value",
     b"setoption name Style value", b"setoption name NalimovPath value", b"ucinewgame", b"isready", b"debug",
-    b"ponderhit", b"uci", b"", b"unknown",
+    b"go nodes", b"go mate", b"go depth 3 searchmoves", b"setoption name Clear Hash",
+    b"setoption name Move Overhead value", b"setoption name UCI_Chess960 value", b"ponderhit", b"uci", b"", b"unknown",
 )
 
 
@@ -134,4 +135,5 @@ def check_long_game(program):
 if __name__ == "__main__":
     check_xboard(sys.argv[1])
     check_uci(sys.argv[1])
+    check_uci(sys.argv[2])
     check_long_game(sys.argv[1])

@@ -3,7 +3,7 @@
 
     storm.py QUELMAR [SECONDS] [SEED]
 
-Each round is a fresh process that must still play (or search) at the end, and quit when its input ends. A failure
+A program called quelmar-uci is spoken to in UCI only. Each round is a fresh process that must still play (or search) at the end, and quit when its input ends. A failure
 names the seed of its round; the same seed says the same again, though not at the same moment of a search.
 """
 
@@ -70,8 +70,8 @@ def send_burst(engine, rng, some_line):
     engine.send(burst[cut:])
 
 
-def play_round(engine, rng):
-    uci = rng.random() < 0.4
+def play_round(engine, rng, only_uci):
+    uci = only_uci or rng.random() < 0.4
     if uci:
         engine.say("uci")
     else:
@@ -102,7 +102,7 @@ def main():
     while rounds == 0 or time.monotonic() < end:
         with Engine(program) as engine:
             try:
-                play_round(engine, random.Random(seed))
+                play_round(engine, random.Random(seed), program.endswith("-uci"))
             except Failure as failure:
                 sys.exit("seed %d: %s\n%s" % (seed, failure, engine.report()))
         rounds += 1
