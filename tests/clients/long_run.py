@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 """Plays the long matches one after the other: long_run.py QUELMAR FOLDER [NAME ...].
 
-Each leaves its records in FOLDER/NAME, with what match.py printed in summary.txt. Without names all are played, which
-takes some hours. Exit status 1 if one failed.
+Each leaves its records in FOLDER/NAME, with what match.py printed in summary.txt ("picture" leaves a screenshot). Without
+names all are played, which takes some hours; nothing else should keep the machine busy meanwhile. Matches whose opponents
+(phalanx, gnuchess, toga2; polyglot for UCI engines) are not installed are skipped. Exit status 1 if one failed.
 """
 
 import pathlib
 import shlex
 import subprocess
 import sys
+
+import xboard
 
 HERE = pathlib.Path(__file__).resolve().parent
 RANDOM_MOVER = "{python} {here}/random_mover.py {quelmar}"
@@ -41,7 +44,8 @@ MATCHES = {
 }
 
 
-def run(name: str, quelmar: pathlib.Path, folder: pathlib.Path) -> bool:
+def run(name: str, quelmar: pathlib.Path, folder: pathlib.Path) -> str:
+    """"passed", "failed" or "skipped"."""
     options = MATCHES[name].format(python=sys.executable, here=HERE, quelmar=quelmar)
     records = folder / name
     records.mkdir(parents=True, exist_ok=True)
@@ -49,15 +53,16 @@ def run(name: str, quelmar: pathlib.Path, folder: pathlib.Path) -> bool:
     done = subprocess.run(command + shlex.split(options), stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
     (records / "summary.txt").write_text(done.stdout)
     print(f"== {name}: {options}\n{done.stdout}", flush=True)
-    return done.returncode == 0
+    return {0: "passed", xboard.SKIPPED: "skipped"}.get(done.returncode, "failed")
 
 
 def main() -> int:
     quelmar, folder = (pathlib.Path(text).absolute() for text in sys.argv[1:3])
     names = sys.argv[3:] or list(MATCHES)
-    failed = [name for name in names if not run(name, quelmar, folder)]
-    print("failed: " + ", ".join(failed) if failed else f"all {len(names)} matches passed")
-    return 1 if failed else 0
+    outcomes = {name: run(name, quelmar, folder) for name in names}
+    for name, outcome in outcomes.items():
+        print(f"{outcome:8} {name}")
+    return 1 if "failed" in outcomes.values() else 0
 
 
 if __name__ == "__main__":

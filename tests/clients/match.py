@@ -34,6 +34,7 @@ def read_arguments() -> argparse.Namespace:
     parser.add_argument("--opening-moves", type=int, default=0, help="begin with so many moves played for the engines")
     parser.add_argument("--adjudicate", action="store_true", help="xboard ends games; engines need not claim results")
     parser.add_argument("--ponder", action="store_true")
+    parser.add_argument("--no-flags", action="store_true", help="nobody loses on time (for slow builds)")
     parser.add_argument("--first-uci", action="store_true")
     parser.add_argument("--second-uci", action="store_true")
     parser.add_argument("--first-must-win", action="store_true", help="every game that the first engine does not win fails")
@@ -87,7 +88,8 @@ def main() -> int:
         first=engine(given.first, given.first_uci, True),
         second=engine(given.second or given.first, given.second_uci, False),
         games=given.games, seconds=given.seconds, increment=given.increment, moves_per_control=given.moves,
-        variant=given.variant, adjudicate=given.adjudicate, ponder=given.ponder, screenshot_after=given.screenshot,
+        variant=given.variant, adjudicate=given.adjudicate, ponder=given.ponder, flags=not given.no_flags,
+        screenshot_after=given.screenshot,
         settings="".join(line + "\n" for line in given.setting), xboard_options=shlex.split(given.xboard))
     if given.opening_moves:
         match.opening = long_opening.pgn(given.opening_moves)

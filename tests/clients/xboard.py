@@ -52,6 +52,7 @@ class Match:
     opening: str = ""  # a game in PGN; every game goes on from its end
     adjudicate: bool = False  # xboard ends games at mate and draws; otherwise the engines have to claim
     ponder: bool = False
+    flags: bool = True  # a side that oversteps its time loses
     screenshot_after: float = 0.0  # seconds into the match; 0: none
     settings: str = ""  # lines of the "quelmar.ini" in the engines' working directory
     xboard_options: list[str] = field(default_factory=list)
@@ -154,7 +155,7 @@ def xboard_command(match: Match, folder: pathlib.Path, engine_folder: pathlib.Pa
         "-variant", match.variant, "-timeControl", f"{minutes}:{seconds:02}",
         "-saveGameFile", str(folder / "games.pgn"),
         "-debugMode", "true", "-nameOfDebugFile", str(folder / "debug.log"),
-        "-autoCallFlag", "true", "-testClaims", "true", "-checkMates", flag(match.adjudicate), "-materialDraws", flag(match.adjudicate),
+        "-autoCallFlag", flag(match.flags), "-testClaims", "true", "-checkMates", flag(match.adjudicate), "-materialDraws", flag(match.adjudicate),
         "-repeatsToDraw", "3" if match.adjudicate else "0", "-ruleMoves", "50" if match.adjudicate else "0",
         "-ponderNextMove", flag(match.ponder), "-showThinking", "true",
         "-saveSettingsOnExit", "false", "-popupExitMessage", "false", "-popupMoveErrors", "false", "-soundMove", "",
