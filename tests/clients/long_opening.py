@@ -1,7 +1,7 @@
 """Writes the first several hundred moves of a game, for engines that shall play on from there.
 
-Both sides jump about with their knights on their own half of the board, where they cannot give check, and White pushes a pawn
-whenever the fifty-move rule asks for it. No position occurs twice.
+Both sides jump about with their knights on their own half of the board, where they cannot give check, and White pushes
+a pawn whenever the fifty-move rule asks for it. No position occurs twice.
 """
 
 import random

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Plays the long matches one after the other: long_run.py QUELMAR FOLDER [NAME ...].
 
-Each leaves its records in FOLDER/NAME, with what match.py printed in summary.txt ("picture" leaves a screenshot). Without
-names all are played, which takes some hours; nothing else should keep the machine busy meanwhile. Matches whose opponents
-(phalanx, gnuchess, toga2; polyglot for UCI engines) are not installed are skipped. Exit status 1 if one failed.
+Each leaves its records in FOLDER/NAME, with what match.py printed in summary.txt ("picture" leaves a screenshot).
+Without names all are played, which takes some hours; nothing else should keep the machine busy meanwhile. Matches whose
+opponents (phalanx, gnuchess, toga2; polyglot for UCI engines) are not installed are skipped. Exit status 1 if one
+failed.
 """
 
 import pathlib
@@ -27,8 +28,9 @@ MATCHES = {
     "phalanx": "--games 20 --seconds 1 --increment 0.05 --second phalanx",
     "phalanx_forty_moves": "--games 4 --seconds 10 --moves 40 --second phalanx",
     "phalanx_ponder": "--games 10 --seconds 2 --increment 0.05 --ponder --second phalanx",
-    "gnuchess": "--games 10 --seconds 1 --increment 0.05 --second 'gnuchess -x'",
-    "toga2": "--games 10 --seconds 1 --increment 0.05 --second toga2 --second-uci",  # through polyglot
+    # UCI engines, which play through polyglot; gnuchess is more dependable so than under its own protocol.
+    "gnuchess": "--games 10 --seconds 1 --increment 0.05 --second gnuchessu --second-uci",
+    "toga2": "--games 10 --seconds 1 --increment 0.05 --second toga2 --second-uci",
     "resigning": "--games 10 --seconds 1 --increment 0.05 --setting 'resign yes' --second toga2 --second-uci",
     # quelmar-uci needs polyglot between itself and xboard.
     "uci": "--games 10 --seconds 2 --increment 0.05 --first {quelmar}-uci --first-uci --second phalanx",

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """An xboard engine that plays random legal moves: random_mover.py QUELMAR [SEED].
 
-It knows no chess. A Quelmar process in force mode keeps its game, lists the legal moves (its answer to a move that it does
-not know) and claims the results, which are passed on.
+It knows no chess. A Quelmar process in force mode keeps its game, lists the legal moves (its answer to a move that it
+does not know) and claims the results, which are passed on.
 """
 
 import random

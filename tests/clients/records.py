@@ -7,9 +7,9 @@ from dataclasses import dataclass, field
 
 import replay
 
-# The comments in front of a result that tell of an end by the rules (claimed by an engine and checked by xboard, or found
-# by xboard), or of a side that gave up. All others (lost on time, an illegal move, a false claim, an engine that is
-# gone, the match broken off) are failures.
+# The comments in front of a result that tell of an end by the rules (claimed by an engine and checked by xboard, or
+# found by xboard), or of a side that gave up. All others (lost on time, an illegal move, a false claim, an engine that
+# is gone, the match broken off) are failures.
 RULES = re.compile(
     r"""^(
         Mate | Stalemate | Repetition | Material | 50\ moves | (White|Black|computer)\ resigns? |
@@ -21,8 +21,8 @@ RULES = re.compile(
 LAST_WORDS = 12
 RESULTS = ("1-0", "0-1", "1/2-1/2")
 # What no engine may say and xboard may not have to say about one. Some engines take "computer" for a move.
-ALARMS = re.compile(r"Illegal move(?!: computer)|Forfeit|exited unexpectedly|Sanitizer|runtime error:|\*\*\* |Error in EPD"
-                    r"|not supported by|rejected by")
+ALARMS = re.compile(r"Illegal move(?!: computer)|Forfeit|exited unexpectedly|Sanitizer|runtime error:|\*\*\* "
+                    r"|Error in EPD|not supported by|rejected by")
 SPOKEN = re.compile(r"(\d+) ([<>])(first |second): ?")
 MOVE_MADE = re.compile(r"(?:move|My move is :) (\S+)")
 MOVE_SENT = re.compile(r"usermove|go$|[a-h][1-8][a-h][1-8]|O-O")
