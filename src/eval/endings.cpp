@@ -1,4 +1,9 @@
-// Recognises endings by material. The first line that fits decides, so the order is part of the result.
+// Recognises endings by material.
+//
+// First come the endings with a score of their own. No position fits two of them, for each names the whole
+// material of both sides or a lone king. What is left may be drawish: then a side gets a scale shift, by
+// which scores in its favour are divided at the end, or is said not to win at all. Several of these rules can
+// speak about one side, and a later one overrules an earlier one, so their order is part of the result.
 #include "eval/endings.h"
 
 namespace quelmar {
@@ -34,6 +39,7 @@ bool lone_king_endings(const EvalContext& context, Side strong, int& score) {
     return false;
 }
 
+// The other endings with a score of their own.
 bool rook_endings(const EvalContext& context, Side strong, int& score) {
     const SideTerms& own = context.of(strong);
     const SideTerms& other = context.of(other_side(strong));
@@ -76,12 +82,14 @@ void small_edge_without_pawns(EvalContext& context, Side strong) {
         own.scale_shift = 1;
 }
 
+// A single minor does not win against pawns, however well it stands.
 void lone_minor(EvalContext& context, Side strong) {
     SideTerms& own = context.of(strong);
     if (own.non_pawn == MINOR_VALUE && own.pawns == 0 && context.of(other_side(strong)).non_pawn == 0)
         own.cannot_win = true;
 }
 
+// Two knights win only because the weak side has pawn moves left, and not when those pawns become dangerous.
 void two_knights(EvalContext& context, Side strong) {
     SideTerms& own = context.of(strong);
     if (own.material != TWO_MINORS || own.knights != 2)

@@ -39,6 +39,7 @@ struct NoRecord {
     void recognise(int /*score*/) {}
 };
 
+// The two totals. White's points come in as they are; `sign` turns their balance to the side to move.
 template <class Record> class Totals {
 public:
     Totals(Record& recorder, const int perspective) : record(recorder), sign(perspective) {}
@@ -77,7 +78,7 @@ int pawn_span(const PawnEntry& pawns) {
     return highest - std::max<int>(white.lowest_file, black.lowest_file);
 }
 
-// For the side to move, endgame only.
+// For the side to move, endgame only. Twice as much for a side that has nothing but knights.
 int knights_and_span(const EvalContext& context) {
     constexpr std::array<u8, 8> PER_KNIGHT = {0, 0, 0, 0, 5, 10, 15, 20};
     const SideTerms& own = context.of(context.us);
@@ -112,6 +113,7 @@ template <Side Us> int pawn_count(const EvalContext& context) {
     return 16 * own.rooks * (5 - own.pawns) + (8 * own.pawns - 40) * own.knights;
 }
 
+// Rooks and queens on the last two ranks; a queen alone does not count yet.
 template <Side Us> Points seventh_rank(const EvalContext& context) {
     const int count = context.of(Us).seventh;
     if (count <= 1)
@@ -256,6 +258,7 @@ void damp_opposite_bishops(const EvalContext& context, Points& totals) {
         totals.eg -= totals.eg / 4;
 }
 
+// Each share is rounded on its own.
 int blend(const EvalContext& context, Points totals) {
     constexpr int RANGE = MIDDLEGAME_MATERIAL - ENDING_MATERIAL;
     const int men = context.total_non_pawn();
@@ -266,6 +269,7 @@ int blend(const EvalContext& context, Points totals) {
     return (men - ENDING_MATERIAL) * totals.mg / RANGE + (MIDDLEGAME_MATERIAL - men) * totals.eg / RANGE;
 }
 
+// Only the favoured side's drawish flags matter. Shifts round toward zero.
 int scale(const EvalContext& context, int score) {
     const Side favoured = score > 0 ? context.us : other_side(context.us);
     const SideTerms& side = context.of(favoured);

@@ -242,6 +242,7 @@ int resolve(const BothCapturers& capturers, Side mover) {
 
 }  // namespace
 
+// The board is scanned without the man that moves, so that a line behind it is open.
 int static_exchange(Square from, Square to) {
     u8& origin = position.board[static_cast<std::size_t>(from)];
     const u8 mover = origin;

@@ -2,6 +2,11 @@
 //
 // Shelter, danger and storm count only while there is more than an ending's material; the playing style
 // decides whether shelter counts at all and how much danger weighs.
+//
+// Danger is an index into a steep table. It starts from where the king stands and grows by one for each open
+// square before the king, for each square of the zone that the enemy attacks, and again when nobody but the
+// king defends that square; which kinds of men attack adds up to three. The table's value is then scaled by
+// the enemy's men, so that a bare attacker frightens nobody.
 #include "eval/drawn_table.h"
 #include "eval/eval_context.h"
 #include "protocol/settings.h"
@@ -100,7 +105,8 @@ template <Side Us> int shelter(const EvalContext& context) {
     }
 }
 
-// Enemy attacks on the squares around a king.
+// Enemy attacks on the squares around a king: beside and behind it, the three before it, and the three before
+// those, of which only the kinds of attackers matter. Squares off the board do not count.
 template <Side Us> struct KingZone {
     static constexpr int DEFENDED_BY_KING_ALONE = ATTACK_KING + 1;
     int count = 0, kinds = 0;
@@ -208,6 +214,7 @@ template <Side Us> int bishop_at_home(Square square) {
     return own_pawn_on<Us>(square + 2 * inward) ? first + CORNER_SECOND_PAWN : first;
 }
 
+// Men that have not left the first rank, and rooks there without an open file.
 template <Side Us> int development(const EvalContext& context) {
     constexpr int BLOCKED_ROOK = 1, KNIGHT_AT_HOME = 5;
     int at_home = 0;

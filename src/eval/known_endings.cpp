@@ -190,7 +190,8 @@ int centre_pawn_value(const PawnAgainstKing& e) {
     return e.king_is_nearer() ? e.win() : UNCLEAR - e.steps;
 }
 
-// The weak king can reach the promotion square in time.
+// The weak king can reach the promotion square in time: what matters is which king controls the squares in
+// front of the pawn, and on the edge whether the weak king gets before it at all.
 int inside_square_value(const PawnAgainstKing& e) {
     if (e.king_to_pawn() > e.lone_to_pawn() + e.turn + 2)
         return DRAW;
@@ -266,6 +267,8 @@ int place_behind_pawn(Square king, Square pawn) {
     }
 }
 
+// The rook wins when its king gets before the pawn or the weak king is too far off. Otherwise the pawn costs
+// the rook, unless the rook's king comes near in time.
 int krkp_value(const Ending& ending) {
     const Square king = ending.strong_man(KING), rook = ending.strong_man(ROOK), lone = ending.weak_man(KING),
                  pawn = ending.weak_man(PAWN), goal = square_at(file_of(pawn), RANK_1);
@@ -297,6 +300,8 @@ int eval_krkp() {
 
 namespace {
 
+// A bishop that cannot drive the king out of the corner does not win with a rook pawn; all other questions
+// are whether the pawn can be held.
 int kbpk_value(const Ending& ending) {
     const Square king = ending.strong_man(KING), bishop = ending.strong_man(BISHOP),
                  pawn = ending.strong_man(PAWN), lone = ending.weak_man(KING), goal = goal_of(pawn);
@@ -376,6 +381,8 @@ int lone_king_ahead(const RookEnding& e) {
     }
 }
 
+// No rule applies: an estimate from the places of the men. Past a pawn it counts sevenfold, since such a
+// position is then taken to be won.
 int general_value(const RookEnding& e) {
     const int file = file_of(e.pawn), rank = rank_of(e.pawn);
     int value = 2 * (rank + 4) + (file == FILE_A ? 88 : 118);

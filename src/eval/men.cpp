@@ -44,6 +44,7 @@ public:
     }
 
 private:
+    // The king is the first man of a list and the rarest kind, so it is what remains.
     void visit(Square square) {
         switch (position.at(square)) {
         case Face::OUR_PAWN:
@@ -80,6 +81,8 @@ private:
         terms.mobility += entry_of(KNIGHT_MOBILITY, reach);
     }
 
+    // Behind a closed centre a bishop suffers from own pawns on its colour, the less the more squares it
+    // sees.
     void visit_bishop(Square from) {
         ++terms.bishops;
         const bool dark = is_dark(from);
@@ -161,6 +164,7 @@ private:
         }
     }
 
+    // A queen adds no mobility.
     template <int Direction> void queen_ray(Square from) {
         constexpr Piece ALLY = is_diagonal(Direction) ? Face::OUR_BISHOP : Face::OUR_ROOK;
         for (Square target = from + Direction;; target += Direction) {

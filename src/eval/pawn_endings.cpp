@@ -1,4 +1,9 @@
 // Kings and pawns alone: safe pawns, pawns that can run, and who wins the race.
+//
+// Every pawn that no enemy pawn holds up is timed: its moves to the last rank, men on the way counted as one
+// move each, against the steps of the enemy king to the same square. The difference is the pawn's margin. A
+// side's race value is the smallest margin with which one of its pawns gets through; the two race values are
+// then set against each other.
 #include "eval/drawn_table.h"
 #include "eval/endings.h"
 

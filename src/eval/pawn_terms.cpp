@@ -1,5 +1,11 @@
 // Scores what the pawn table lists against the men on the board: what stands before a weak pawn, and what
 // helps or stops a passed one.
+//
+// A weak pawn costs more when an enemy minor sits safely before it and less when it could step forward, which
+// the exchange table tells from the attack bytes of the square. A passed pawn starts from a base value by
+// rank; nearly everything else it earns or loses is a share of that base, so that a far pawn weighs more
+// throughout. A quarter of the sum comes off at the end. All divisions round toward zero, and their order is
+// part of the result.
 #include "eval/drawn_table.h"
 #include "eval/eval_context.h"
 
@@ -26,7 +32,8 @@ constexpr int ON_HALF_OPEN_FILE = 6, PER_ROOK_ON_FILE = 6, PER_QUEEN_ON_FILE = 3
 constexpr std::array<u8, 8> PASSED_BASE = {0, 12, 12, 24, 48, 84, 128, 0};  // by own rank
 constexpr int ROOK_BEHIND = 4, ENEMY_ROOK_BEHIND = 6, ENEMY_KING_NEAR = 6;  // each besides half the base
 
-// A passed pawn that can step on: without and with safety, the latter when its side is to move or not.
+// Added to the base of a passed pawn that can step on: without and with safety, the latter when its side is
+// to move or not.
 struct FreePath {
     int unsafe, safe_to_move, safe_waiting;
 };
@@ -118,6 +125,7 @@ template <std::size_t SIZE, typename Rule> void for_each_listed(const std::array
     }
 }
 
+// An isolated pawn behind another one costs half as much as a doubled one.
 template <Side Us> int structure_score(const EvalContext& context) {
     const SidePawns& pawns = context.pawns.of(Us);
     int penalty = pawns.weak_count_penalty;
@@ -197,6 +205,7 @@ template <Side Us> bool enemy_king_before(const EvalContext& context, Square paw
     return std::abs(file_of(king) - file_of(pawn)) <= 1 && Facing<Us>::rank(king) >= Facing<Us>::rank(pawn);
 }
 
+// Against a lone knight, which cannot stop pawns on both wings, everything counts half as much again.
 template <Side Us> int passed_value(const EvalContext& context, Square pawn) {
     const SideTerms& enemy = context.of(Facing<Us>::THEM);
     const int base = entry_of(PASSED_BASE, Facing<Us>::rank(pawn));
@@ -210,6 +219,7 @@ template <Side Us> int passed_value(const EvalContext& context, Square pawn) {
     return value;
 }
 
+// What a king near the pawn is worth to its side; most where it clears the way.
 template <Side Us> int proximity(Square king, Square pawn) {
     const int ahead = Facing<Us>::rank(king) - Facing<Us>::rank(pawn);
     const int files = file_of(king) - file_of(pawn);
@@ -235,6 +245,7 @@ template <Side Us> int cut_off_bonus(const EvalContext& context, Square pawn) {
     return entry_of(CUT_OFF, std::abs(files));
 }
 
+// Far back a pawn gains only half as much from its king; what bars the enemy king counts in full.
 template <Side Us> int passed_king_value(const EvalContext& context, Square pawn) {
     int value =
         proximity<Us>(context.of(Us).king, pawn) - proximity<Us>(context.of(Facing<Us>::THEM).king, pawn);

@@ -1,3 +1,13 @@
+// Classifies pawns, once per pawn structure.
+//
+// A pawn can stand in several lists. Passed: no enemy pawn on the squares before it or beside them, up to the
+// seventh rank. Doubled: an own pawn behind it. Isolated: no own pawn on a neighbouring file; the foremost of
+// a file goes to `isolated`, those behind it to `isolated_rear`. Backward: not isolated, but held by an enemy
+// pawn on one of the next two squares where no own pawn can support it any more.
+//
+// The lists are short. A pawn that finds its list full is left out, but counted, and since the men are walked
+// in the order of the piece list, that order decides which one it is; a table entry keeps the choice for as
+// long as it lives.
 #include "eval/pawns.h"
 
 #include "board/position.h"

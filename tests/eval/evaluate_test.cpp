@@ -4,6 +4,7 @@
 #include "eval/attack_map.h"
 #include "eval/attacks.h"
 #include "eval/evaluate.h"
+#include "eval/exchange.h"
 #include "eval/ply_outputs.h"
 #include "eval/random_positions.h"
 #include "eval/terms.h"
@@ -131,6 +132,28 @@ TEST_F(Evaluation, Signature) {
                                      std::string(static_cast<std::size_t>(random.below(8)), 'p')));
     }
     EXPECT_EQ(signature, 6784094777075730864U);
+}
+
+// Boards that no game reaches: crowds of anything, pawns on the first and last rank. The sanitizers judge.
+TEST_F(Evaluation, AbsurdBoardsStayInside) {
+    RandomPositions random(4);
+    for (int i = 0; i < 500; ++i) {
+        std::string crowd(64, '1');
+        const std::string men = i % 3 == 0 ? "PpQq" : i % 3 == 1 ? "PpNnBbRrQq" : "PpBbN1111111";
+        for (char& place : crowd)
+            place = men[static_cast<std::size_t>(random.below(static_cast<int>(men.size())))];
+        crowd[static_cast<std::size_t>(random.below(32))] = 'k';
+        crowd[static_cast<std::size_t>(32 + random.below(32))] = 'K';
+        for (std::size_t rank = 7; rank > 0; --rank)
+            crowd.insert(8 * rank, "/");
+        set_up(crowd + (i % 2 == 0 ? " w KQkq" : " b -"));
+        evaluate();
+        find_threats();
+        for (const Square from : square_of_index) {
+            if (is_man(position.at(from)))
+                static_exchange(from, square_of_index[static_cast<std::size_t>(random.below(64))]);
+        }
+    }
 }
 
 TEST_F(Evaluation, OutputsForTheSearch) {
