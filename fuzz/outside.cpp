@@ -1,0 +1,168 @@
+#include "outside.h"
+
+#include "board/hash_keys.h"
+#include "board/position.h"
+#include "eval/attack_map.h"
+#include "eval/exchange.h"
+#include "eval/ply_outputs.h"
+#include "protocol/clocks.h"
+#include "protocol/protocol_state.h"
+#include "protocol/settings.h"
+#include "search/search_state.h"
+#include "search/transposition.h"
+#include "tablebase/probe.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <poll.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+namespace quelmar::fuzz {
+
+namespace {
+
+constexpr i64 MS_PER_QUESTION = 10, MS_PER_POLL = 5000;  // a search on the usual clock lives for a few polls
+
+struct ProcessEnded {
+    int status;
+};
+
+struct Outside {
+    bool inside_session = false;
+    std::span<const u8> input;
+    i64 clock_ms = 0;
+};
+Outside outside;
+
+bool next_is(u8 byte) {
+    return !outside.input.empty() && outside.input.front() == byte;
+}
+
+int poll_input_bytes(int timeout_ms) {
+    outside.clock_ms += MS_PER_POLL;
+    if (timeout_ms == 0 && next_is(NOTHING_YET)) {
+        outside.input = outside.input.subspan(1);
+        return 0;
+    }
+    while (next_is(NOTHING_YET))
+        outside.input = outside.input.subspan(1);
+    return 1;
+}
+
+ssize_t read_input_bytes(void* buffer, std::size_t size) {
+    const auto pause = std::find(outside.input.begin(), outside.input.end(), NOTHING_YET);
+    const auto arrived = static_cast<std::size_t>(pause - outside.input.begin());
+    const std::size_t count = std::min(arrived, size);
+    std::copy_n(outside.input.begin(), count, static_cast<u8*>(buffer));
+    outside.input = outside.input.subspan(count);
+    return static_cast<ssize_t>(count);
+}
+
+// Allocation can fail in a process that lives on, so the largest sizes do fail.
+bool too_large(std::size_t count, std::size_t size) {
+    return size != 0 && count > LARGEST_BLOCK / size;
+}
+
+}  // namespace
+
+void start_engine() {
+    if (!std::freopen("/dev/null", "w", stdout))
+        std::abort();
+    init_hash_keys();
+    build_exchange_table();
+}
+
+void reset_engine() {
+    position = {};
+    attack_map = {};
+    ply_outputs = {};
+    search_state = {};
+    protocol_state = {};
+    time_control = {};
+    settings = {};
+    settings.hash_mb = settings.fritz_hash_mb = 1;
+    setup_tablebases();
+    tt_generation = 0;
+    tt_allocate();
+}
+
+void run(std::span<const u8> input, void (*session)()) {
+    outside = {.inside_session = true, .input = input};
+    int status = EXIT_SUCCESS;
+    try {
+        session();
+    } catch (const ProcessEnded& end) {
+        status = end.status;
+    }
+    outside.inside_session = false;
+    if (status != EXIT_SUCCESS)
+        std::abort();
+}
+
+}  // namespace quelmar::fuzz
+
+using namespace quelmar::fuzz;
+
+// The linker makes these names: __wrap_f is called instead of f, and __real_f is f.
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
+extern "C" {
+int __real_poll(pollfd* descriptors, nfds_t count, int timeout_ms);
+ssize_t __real_read(int descriptor, void* buffer, std::size_t size);
+int __real_gettimeofday(timeval* now, void* zone);
+std::FILE* __real_fopen(const char* path, const char* mode);
+void* __real_calloc(std::size_t count, std::size_t size);
+[[noreturn]] void __real_exit(int status);
+bool __real__ZN7quelmar22position_is_consistentEv();
+
+int __wrap_poll(pollfd* descriptors, nfds_t count, int timeout_ms) {
+    if (!outside.inside_session)
+        return __real_poll(descriptors, count, timeout_ms);
+    descriptors->revents = POLLIN;
+    return poll_input_bytes(timeout_ms);
+}
+
+ssize_t __wrap_read(int descriptor, void* buffer, std::size_t size) {
+    return outside.inside_session && descriptor == STDIN_FILENO ? read_input_bytes(buffer, size)
+                                                                : __real_read(descriptor, buffer, size);
+}
+
+int __wrap_gettimeofday(timeval* now, void* zone) {
+    if (!outside.inside_session)
+        return __real_gettimeofday(now, zone);
+    outside.clock_ms += MS_PER_QUESTION;
+    now->tv_sec = outside.clock_ms / 1000;
+    now->tv_usec = outside.clock_ms % 1000 * 1000;
+    return 0;
+}
+
+std::FILE* __wrap_fopen(const char* path, const char* mode) {
+    if (!outside.inside_session || std::strcmp(path, "quelmar.ini") != 0)
+        return __real_fopen(path, mode);
+    // Opened for reading only.
+    return fmemopen(const_cast<quelmar::u8*>(outside.input.data()), outside.input.size(), "r");
+}
+
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+    return outside.inside_session && too_large(count, size) ? nullptr : __real_calloc(count, size);
+}
+
+void __wrap_exit(int status) {
+    if (outside.inside_session)
+        throw ProcessEnded{status};
+    __real_exit(status);
+}
+
+// Recounting the board at every node would leave little time to search.
+bool __wrap__ZN7quelmar22position_is_consistentEv() {
+    return quelmar::protocol_state.searching || __real__ZN7quelmar22position_is_consistentEv();
+}
+
+// Freed blocks are kept for a while to find who still uses them; a hash table per run is much to keep.
+const char* __asan_default_options() {
+    return "quarantine_size_mb=16:detect_leaks=0";
+}
+}
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
