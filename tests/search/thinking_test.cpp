@@ -34,10 +34,14 @@ protected:
         std::istringstream words(moves);
         for (std::string word; words >> word;) {
             generate_legal_moves();
+            Move& next = search_state.pv[static_cast<std::size_t>(search_state.pv_length)];
+            next = {};
             for (const Move& move : move_list.current())
                 if (move_text(move) == word)
-                    search_state.pv[static_cast<std::size_t>(search_state.pv_length)] = move;
-            make_move(&search_state.pv[static_cast<std::size_t>(search_state.pv_length++)]);
+                    next = move;
+            ASSERT_NE(next.from, 0) << word;
+            make_move(&next);
+            ++search_state.pv_length;
         }
         for (int i = search_state.pv_length; i > 0; --i)
             unmake_move(&search_state.pv[static_cast<std::size_t>(i - 1)]);
@@ -164,7 +168,7 @@ TEST_F(ThinkingTest, PrintingLeavesTheOrderOfTheMenAlone) {
         return squares;
     };
     const std::string before = order();
-    lay_out("f7g6 f3f6 e7f6 e1g1");
+    lay_out("f7g6 f3f6 e7f6 O-O");
     line(Dialect::CONSOLE, 0, LINE_EXACT);
     store("f7g6", "f3f6");
     walked();

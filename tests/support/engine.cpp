@@ -2,6 +2,7 @@
 
 #include "board/hash_keys.h"
 #include "board/make_move.h"
+#include "board/move_list.h"
 #include "board/move_text.h"
 #include "board/setup.h"
 #include "eval/exchange.h"
@@ -36,6 +37,8 @@ void restore_defaults() {
 EngineTest::EngineTest() {
     start_engine();
     restore_defaults();
+    // Tests look at positions as if they stood deep in a search, where every ply has its place in the list.
+    move_list.ply_list_start.fill(move_list.move_stack.data());
     parse_fen(START_FEN);
 }
 

@@ -33,6 +33,7 @@ class Tables : public EngineTest {
 protected:
     Tables() : directory_(fs::temp_directory_path() / ("quelmar" + std::to_string(getpid()))) {
         fs::create_directories(directory_);
+        setup_tablebases();  // the index tables are there from the first start on
     }
     ~Tables() override {
         settings.tb_path = directory_ / "empty";
