@@ -127,6 +127,28 @@ def check_orders(root):
             check_order(evaluation, "The driver", root / "src/eval/evaluate.cpp", "int evaluate_with"))
 
 
+def without_time(line):
+    """A thinking line without its third column, the seconds."""
+    return re.sub(r"^( *\d+ +\S+ +)\S+( +\d+ )", r"\1-\2", line.strip())
+
+
+def check_session(root, program):
+    """What the README's first session shows is what the engine answers."""
+    session = re.search(r"## A first session.*?\n {4}\$ \./start\n(.*?)\n\n(?! )", read(root / "README.md"), re.DOTALL)
+    commands = table_words(root / "src/protocol/xboard.cpp", "COMMANDS")
+    with tempfile.TemporaryDirectory() as folder, subprocess.Popen(
+            [program], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1, cwd=folder) as engine:
+        for line in session[1].splitlines() if session else ["no session"]:
+            if line.strip().split(" ")[0] in commands:
+                engine.stdin.write(line.strip() + "\n")
+                continue
+            said = engine.stdout.readline()
+            if without_time(said) != without_time(line):
+                engine.kill()
+                return [f"README.md: the session shows '{line.strip()}', the engine says '{said.strip()}'"]
+    return []
+
+
 def check_names(root):
     """Names in backticks that look like functions or records of ours occur in the code."""
     files = [*root.glob("src/**/*.*"), *root.glob("tools/*.cpp"), root / "CMakeLists.txt"]
@@ -155,7 +177,7 @@ def main():
     root = pathlib.Path(sys.argv[1]).resolve()
     programs = {pathlib.Path(path).name: str(pathlib.Path(path).resolve()) for path in sys.argv[2:]}
     faults = (check_manuals(root, programs) + check_paths(root) + check_orders(root) + check_names(root) +
-              check_formatting(root))
+              check_session(root, programs["quelmar"]) + check_formatting(root))
     print("\n".join(faults) or "documents: agree with the programs")
     return 1 if faults else 0
 
