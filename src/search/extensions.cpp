@@ -155,7 +155,7 @@ void keep_attack_facts(MoveContext& context) {
     const Square target = move_before().to;
     context.recapture_attackers = target != 0 ? attack_byte(us, target) & ATTACK_COUNT : 0;
     const auto start = static_cast<std::size_t>(last_rank_start(us));
-    for (const std::size_t colour : {WHITE, BLACK})
+    for (std::size_t colour = 0; colour < 2; ++colour)
         std::memcpy(context.promotion_attacks[colour].data(), attack_map[colour].data() + start, 8);
 }
 

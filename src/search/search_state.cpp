@@ -25,7 +25,7 @@ void reset_search() {
 
 // The shift is the grain's power of two; grains above 16 have never had one.
 static int shift_of_grain(int grain) {
-    return grain > 16 ? 0 : std::bit_width(static_cast<unsigned>(grain)) - 1;
+    return grain > 16 ? 0 : static_cast<int>(std::bit_width(static_cast<unsigned>(grain))) - 1;
 }
 
 void setup_search_constants() {

@@ -35,7 +35,8 @@ struct Release {
 };
 
 constexpr u64 MIN_BUCKETS = 16384;
-constexpr u64 MAX_BUCKETS = u64{1} << 32;  // the low half of a key reaches no further
+// The low half of a key reaches no further, and neither do 32-bit sizes.
+constexpr u64 MAX_BUCKETS = sizeof(std::size_t) > 4 ? u64{1} << 32 : u64{1} << 26;
 
 std::unique_ptr<TTBucket, Release> tt_buckets;
 u64 tt_bucket_count = 0;  // a power of two
@@ -94,7 +95,8 @@ void tt_allocate() {
     for (tt_bucket_count = wanted; tt_bucket_count > 0; tt_bucket_count /= 2) {
         // Pages of zeros come from the system as they are touched, so that a large table costs no start-up
         // time.
-        tt_buckets.reset(static_cast<TTBucket*>(std::calloc(tt_bucket_count, sizeof(TTBucket))));
+        tt_buckets.reset(
+            static_cast<TTBucket*>(std::calloc(static_cast<std::size_t>(tt_bucket_count), sizeof(TTBucket))));
         if (tt_buckets)
             break;
     }
@@ -107,7 +109,8 @@ void tt_allocate() {
 }
 
 void tt_clear() {
-    std::memset(static_cast<void*>(tt_buckets.get()), 0, tt_bucket_count * sizeof(TTBucket));
+    std::memset(static_cast<void*>(tt_buckets.get()), 0,
+                static_cast<std::size_t>(tt_bucket_count) * sizeof(TTBucket));
 }
 
 void tt_forget(HashKey key) {

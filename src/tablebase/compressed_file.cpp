@@ -114,9 +114,10 @@ int read_sections(const FixedHeader& header, std::span<const std::uint8_t> index
     info.offsets.reset(new (std::nothrow) std::uint64_t[std::size_t{header.block_count} + 1]);
     if (!info.offsets)
         return error(FILE_NO_MEMORY, 9);
-    read_fields({index.data() + fields_at, header.fields_size()}, header.index_size, info);
+    read_fields({index.data() + fields_at, static_cast<std::size_t>(header.fields_size())}, header.index_size,
+                info);
     std::array<std::uint8_t, MAIN_ALPHABET> lengths{};
-    BitReader bits(index.data() + lengths_at, end - lengths_at);
+    BitReader bits(index.data() + lengths_at, end - static_cast<std::size_t>(lengths_at));
     if (!read_code_lengths(bits, lengths))
         return error(FILE_MALFORMED, 10);
     if (!build_decode_table(lengths, MAIN_LOOKUP_BITS, info.main_table))
@@ -210,7 +211,7 @@ int decode_block(BlockDecoder& decoder, const CompressedTableInfo& info) {
         const unsigned match = symbol - FIRST_MATCH_SYMBOL;
         const std::uint32_t distance = info.distances[match / LENGTH_CODES];
         const std::uint32_t length = read_match_length(bits, match % LENGTH_CODES);
-        if (distance == 0 || distance > out - decoder.output)
+        if (distance == 0 || static_cast<std::ptrdiff_t>(distance) > out - decoder.output)
             return error(FILE_MALFORMED, 17);
         // Byte by byte: a match that overlaps its source repeats it.
         for (std::uint8_t* const stop = out + std::min<std::ptrdiff_t>(length, end - out); out < stop; ++out)

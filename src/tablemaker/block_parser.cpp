@@ -67,7 +67,7 @@ LengthCode code_of_length(std::size_t length) {
     if (length <= LAST_PLAIN_LENGTH + 1)
         return {static_cast<unsigned>(length - 1), 0, 0};
     const auto rest = static_cast<u32>(length - LAST_PLAIN_LENGTH);
-    const int bits = std::bit_width(rest) - 1;
+    const int bits = static_cast<int>(std::bit_width(rest)) - 1;
     return {LAST_PLAIN_LENGTH + static_cast<unsigned>(bits), rest - (u32{1} << bits), bits};
 }
 

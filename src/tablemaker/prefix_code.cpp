@@ -63,7 +63,7 @@ RunSymbol run_symbol(u32 times) {
     if (times < LONG_RUN)
         return {times, 0, 0};
     const u32 rest = times - (LONG_RUN - 1);
-    const int bits = std::bit_width(rest) - 1;
+    const int bits = static_cast<int>(std::bit_width(rest)) - 1;
     return {LONG_RUN + static_cast<std::size_t>(bits), rest - (u32{1} << bits), bits};
 }
 
