@@ -1,11 +1,10 @@
 // Counts the leaves of the legal move tree: perft "FEN" DEPTH. Both generators count, the pseudo-legal one
 // with the search's test of legality, and have to agree.
+#include "board/perft.h"
+
 #include "board/generate.h"
 #include "board/hash_keys.h"
-#include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/setup.h"
-#include "eval/attacks.h"
 
 #include <chrono>
 #include <cstdio>
@@ -15,20 +14,6 @@ using namespace quelmar;
 namespace {
 
 constexpr int MAX_DEPTH = 60;
-
-u64 perft(int depth, void (*generate)()) {
-    if (depth == 0)
-        return 1;
-    u64 leaves = 0;
-    generate();
-    for (const Move& move : move_list.current()) {
-        make_move(&move);
-        if (!in_check(other_side(position.side_to_move)))
-            leaves += perft(depth - 1, generate);
-        unmake_move(&move);
-    }
-    return leaves;
-}
 
 u64 timed_perft(const char* name, int depth, void (*generate)()) {
     const auto start = std::chrono::steady_clock::now();

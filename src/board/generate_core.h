@@ -52,6 +52,35 @@ template <Piece Kind> int check_flag(Square from, Square to, int step) {
     return discovery != 0 && discovery != std::abs(step);
 }
 
+// Hands every man of the side, in piece-list order, to the function of its kind; a list square without a man
+// to `on_nobody`.
+template <Side Us, typename Generator> void visit_men(Generator& moves, void (*on_nobody)(Square)) {
+    for (Square from = position.first_of(Us); from != LIST_END; from = position.next_man(from)) {
+        switch (position.at(from) - 6 * Us) {
+        case PAWN:
+            moves.pawn(from);
+            break;
+        case KNIGHT:
+            moves.knight(from);
+            break;
+        case BISHOP:
+            moves.template slider<BISHOP>(from, bishop_directions);
+            break;
+        case ROOK:
+            moves.template slider<ROOK>(from, rook_directions);
+            break;
+        case QUEEN:
+            moves.template slider<QUEEN>(from, king_offsets);
+            break;
+        case KING:
+            moves.king(from);
+            break;
+        default:
+            on_nobody(from);
+        }
+    }
+}
+
 // `Accept` says of a target square whether moves to it are wanted; the king's moves are not asked.
 template <Side Us, typename Accept> struct ManMoves {
     Move* out;
@@ -118,30 +147,7 @@ template <Side Us, typename Accept> struct ManMoves {
 
     // Castling and en passant apart, the moves of all men in piece-list order.
     Move* all() {
-        for (Square from = position.first_of(Us); from != LIST_END; from = position.next_man(from)) {
-            switch (position.at(from) - 6 * Us) {
-            case PAWN:
-                pawn(from);
-                break;
-            case KNIGHT:
-                knight(from);
-                break;
-            case BISHOP:
-                slider<BISHOP>(from, bishop_directions);
-                break;
-            case ROOK:
-                slider<ROOK>(from, rook_directions);
-                break;
-            case QUEEN:
-                slider<QUEEN>(from, king_offsets);
-                break;
-            case KING:
-                king(from);
-                break;
-            default:
-                report_illegal_piece(from);
-            }
-        }
+        visit_men<Us>(*this, report_illegal_piece);
         return out;
     }
 };

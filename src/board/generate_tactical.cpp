@@ -40,7 +40,7 @@ template <Side Us> struct Captures {
         }
     }
 
-    template <typename Steps> void slider(Square from, const Steps& steps) {
+    template <Piece, typename Steps> void slider(Square from, const Steps& steps) {
         for (int step : steps) {
             Square to = from + step;
             while (position.at(to) == EMPTY)
@@ -50,31 +50,11 @@ template <Side Us> struct Captures {
         }
     }
 
+    void knight(Square from) { stepper(from, knight_offsets); }
+    void king(Square from) { stepper(from, king_offsets); }
+
     Move* all() {
-        for (Square from = position.first_of(Us); from != LIST_END; from = position.next_man(from)) {
-            switch (position.at(from) - 6 * Us) {
-            case PAWN:
-                pawn(from);
-                break;
-            case KNIGHT:
-                stepper(from, knight_offsets);
-                break;
-            case BISHOP:
-                slider(from, bishop_directions);
-                break;
-            case ROOK:
-                slider(from, rook_directions);
-                break;
-            case QUEEN:
-                slider(from, king_offsets);
-                break;
-            case KING:
-                stepper(from, king_offsets);
-                break;
-            default:
-                break;
-            }
-        }
+        visit_men<Us>(*this, [](Square) {});
         return out;
     }
 };
@@ -138,30 +118,7 @@ template <Side Us> struct QuietChecks {
     }
 
     Move* all() {
-        for (Square from = position.first_of(Us); from != LIST_END; from = position.next_man(from)) {
-            switch (position.at(from) - 6 * Us) {
-            case PAWN:
-                pawn(from);
-                break;
-            case KNIGHT:
-                knight(from);
-                break;
-            case BISHOP:
-                slider<BISHOP>(from, bishop_directions);
-                break;
-            case ROOK:
-                slider<ROOK>(from, rook_directions);
-                break;
-            case QUEEN:
-                slider<QUEEN>(from, king_offsets);
-                break;
-            case KING:
-                king(from);
-                break;
-            default:
-                report_illegal_piece(from);
-            }
-        }
+        visit_men<Us>(*this, report_illegal_piece);
         return out;
     }
 };

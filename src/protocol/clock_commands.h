@@ -1,6 +1,6 @@
 // The xboard commands that set clocks. All write every entry of the position stack up to the current one, so
-// that moves taken back find the new values too. Arguments that cannot be read, or that no clock can mean,
-// change nothing.
+// that moves taken back find the new values too. Arguments that cannot be read
+// change nothing, nor do time controls with negative numbers.
 #pragma once
 
 #include "board/types.h"

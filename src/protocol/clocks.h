@@ -9,7 +9,7 @@ namespace quelmar {
 inline constexpr i32 CLOCK_WHOLE_GAME = 0;     // time_left_ms for the rest of the game, plus increment
 inline constexpr i32 CLOCK_PER_MOVE = 1;       // time_left_ms for each move, never charged
 inline constexpr i32 CLOCK_FIXED_DEPTH = 2;    // depth_limit iterations, time does not count
-inline constexpr i32 CLOCK_UNLIMITED = 3;      // until told to stop
+inline constexpr i32 CLOCK_UNLIMITED = 3;      // "go infinite"; has no budget of its own
 inline constexpr i32 CLOCK_MOVES_IN_TIME = 4;  // moves_per_control moves in time_left_ms
 
 // One side's clock, kept in every entry of the position stack.

@@ -4,6 +4,7 @@
 #include "board/setup.h"
 #include "protocol/clocks.h"
 #include "protocol/game.h"
+#include "protocol/line_reader.h"
 #include "protocol/protocol_state.h"
 #include "protocol/text_values.h"
 #include "search/search_state.h"
@@ -21,13 +22,15 @@ namespace {
 
 constexpr std::size_t LONGEST_END_LINE = 9;  // characters, line end included: no position is as short
 
-// Reads a line with its line end; false at the end of the file.
+// Reads a line with its line end; false at the end of the file, which a NUL byte ends too: a device or a
+// binary file is no suite. What exceeds a line's length is the next line.
 bool read_line(std::FILE* file, std::string& line) {
     line.clear();
-    for (int byte = std::getc(file); byte != EOF; byte = std::getc(file)) {
-        line.push_back(static_cast<char>(byte));
-        if (byte == '\n')
+    while (line.size() < LONGEST_LINE && !line.ends_with('\n')) {
+        const int byte = std::getc(file);
+        if (byte == EOF || byte == '\0')
             break;
+        line.push_back(static_cast<char>(byte));
     }
     return !line.empty();
 }

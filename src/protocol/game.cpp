@@ -12,7 +12,7 @@ namespace quelmar {
 
 namespace {
 
-constexpr int UNCHARGED_PLIES = 2;  // the first move of each side is free
+constexpr int UNCHARGED_PLIES = 2;  // counted after the move: the first move of the game is free
 
 }  // namespace
 

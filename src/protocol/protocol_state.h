@@ -1,5 +1,6 @@
 // Flags shared by the front ends and the search. The front ends write them; the search and its output only
-// read them, except that the input polls and the time check set abort_search and ponder_state meanwhile.
+// read them. Exceptions: the input polls and the time check set abort_search and ponder_state during a
+// search, reset_search clears abort_search, a set-up clears game_over, parse_move writes user_move.
 #pragma once
 
 #include "board/types.h"

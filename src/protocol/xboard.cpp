@@ -71,8 +71,7 @@ void xboard(std::string_view) {
 }
 
 void ics(std::string_view arguments) {
-    const std::string_view host = without_line_end(arguments);
-    state.ics_mode = !host.empty() && !host.starts_with('-');
+    state.ics_mode = !arguments.empty() && !arguments.starts_with('-');
     if (state.ics_mode)
         std::printf("tellics set 1 %s version %s\n", ENGINE_NAME, ENGINE_VERSION);
 }

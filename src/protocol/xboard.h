@@ -9,7 +9,8 @@ namespace quelmar {
 void dispatch_xboard_command(std::string_view line);
 
 // The same for a line that arrives in the middle of a search: what would change the position, or would search
-// itself, is kept until the search has returned and stops it, the rest acts at once. "?" stops the search.
+// itself, stops the search and runs when it has returned; a move sent while the engine thinks only waits; the
+// rest acts at once. "?" stops the search.
 void dispatch_xboard_during_search(std::string_view line);
 
 // The effect of "new": the start position, the engine plays Black, clocks as the time control says.

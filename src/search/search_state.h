@@ -59,7 +59,8 @@ struct SearchState {
     }
 };
 
-// Written by the search and, for `last_score`, by the front ends' new game and result claim.
+// Written by the search; a new game, a claim and a resignation also write `last_score`, a new game
+// `iteration`.
 extern SearchState search_state;
 
 // Makes ready for a new search: counters, history, abort_search, search_ply; moves the table's generation on.

@@ -10,10 +10,11 @@ i32 clock_ms();
 
 i32 elapsed_since(i32 stamp);  // milliseconds since clock_ms() was `stamp`
 
-// Sets search_state.target_time and max_time from the clock of the side to move.
+// Sets target_time, max_time, timed and iteration_limit of search_state from the clock of the side to move.
 void allocate_time();
 
-// After a game move: both clocks move into the new entry and the mover is charged `elapsed` milliseconds.
+// After a game move: both clocks move into the new entry; the mover is charged `elapsed` milliseconds and
+// gets the increment, unless the clock runs per move.
 void update_clocks_after_move(i32 elapsed);
 
 // The same for the entry of the search root, charging `side` whatever its kind of clock.

@@ -6,6 +6,7 @@
 #include "board/make_move.h"
 #include "board/move_list.h"
 #include "board/move_text.h"
+#include "board/perft.h"
 #include "board/position.h"
 #include "eval/attacks.h"
 #include "support/engine.h"
@@ -20,20 +21,6 @@ namespace {
 using Perft = EngineTest;
 
 constexpr u64 MOST_LEAVES = 300'000;  // deeper counts are for the perft tool
-
-u64 perft(int depth, void (*generate)()) {
-    if (depth == 0)
-        return 1;
-    u64 leaves = 0;
-    generate();
-    for (const Move& move : move_list.current()) {
-        make_move(&move);
-        if (!in_check(other_side(position.side_to_move)))
-            leaves += perft(depth - 1, generate);
-        unmake_move(&move);
-    }
-    return leaves;
-}
 
 void expect_published_counts(const std::string& file) {
     for (const std::string& line : data_lines(file)) {

@@ -1,0 +1,24 @@
+#include "board/perft.h"
+
+#include "board/make_move.h"
+#include "board/move_list.h"
+#include "board/position.h"
+#include "eval/attacks.h"
+
+namespace quelmar {
+
+u64 perft(int depth, void (*generate)()) {
+    if (depth == 0)
+        return 1;
+    u64 leaves = 0;
+    generate();
+    for (const Move& move : move_list.current()) {
+        make_move(&move);
+        if (!in_check(other_side(position.side_to_move)))
+            leaves += perft(depth - 1, generate);
+        unmake_move(&move);
+    }
+    return leaves;
+}
+
+}  // namespace quelmar
