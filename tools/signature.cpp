@@ -4,7 +4,8 @@
 //
 //   signature                 prints the nodes of each position, the total and the node rate
 //   signature --check FILE    compares the total with the recorded one, exit status 1 if they differ
-//   signature --write FILE    records the total
+//   signature --quick FILE    the same three plies shallower, for builds with assertions
+//   signature --write FILE    records both totals
 //
 // Each position is searched by a process of its own, so that no killer move, table entry or evaluation of one
 // reaches the next.
@@ -18,13 +19,15 @@
 
 #include <chrono>
 #include <cstdio>
-#include <cstring>
+#include <string_view>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using namespace quelmar;
 
 namespace {
+
+constexpr int QUICK_PLIES_LESS = 3;
 
 struct Sample {
     int depth;  // iterations
@@ -84,24 +87,24 @@ void start_engine() {
     tt_allocate();
 }
 
-u64 search_sample(const Sample& sample) {
+u64 search_sample(const Sample& sample, int depth) {
     if (parse_fen(sample.fen) != 0)
         return 0;
     for (SideClock& clock : position.current().clock)
-        clock = {.kind = CLOCK_FIXED_DEPTH, .depth_limit = sample.depth};
+        clock = {.kind = CLOCK_FIXED_DEPTH, .depth_limit = depth};
     think();
     return search_state.nodes;
 }
 
 // Searches in a child process, whose output is thrown away.
-u64 search_apart(const Sample& sample) {
+u64 search_apart(const Sample& sample, int depth) {
     std::array<int, 2> channel{};
     if (pipe(channel.data()) != 0)
         return 0;
     const pid_t child = fork();
     if (child == 0) {
         const bool silent = std::freopen("/dev/null", "w", stdout) != nullptr;
-        const u64 nodes = silent ? search_sample(sample) : 0;
+        const u64 nodes = silent ? search_sample(sample, depth) : 0;
         const bool sent = write(channel[1], &nodes, sizeof nodes) == sizeof nodes;
         _exit(sent ? 0 : 1);
     }
@@ -114,61 +117,68 @@ u64 search_apart(const Sample& sample) {
     return received ? nodes : 0;
 }
 
-// 0 when a position could not be searched.
-u64 search_all() {
+// Prints and returns the total; 0 when a position could not be searched.
+u64 search_all(int plies_less) {
+    const auto start = std::chrono::steady_clock::now();
     u64 total = 0;
     bool complete = true;
     for (const Sample& sample : SAMPLES) {
-        const u64 nodes = search_apart(sample);
-        std::printf("%12llu  depth %2d  %s\n", static_cast<unsigned long long>(nodes), sample.depth,
-                    sample.fen);
+        const int depth = sample.depth - plies_less;
+        const u64 nodes = search_apart(sample, depth);
+        std::printf("%12llu  depth %2d  %s\n", static_cast<unsigned long long>(nodes), depth, sample.fen);
         std::fflush(stdout);
         total += nodes;
         complete = complete && nodes > 0;
     }
+    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
+    std::printf("%12llu  total\n%12.0f  nodes per second\n", static_cast<unsigned long long>(total),
+                static_cast<double>(total) / seconds.count());
     return complete ? total : 0;
 }
 
-u64 recorded_total(const char* path) {
-    unsigned long long total = 0;
+struct Totals {
+    unsigned long long full = 0, quick = 0;
+};
+
+Totals recorded_totals(const char* path) {
+    Totals totals;
     if (std::FILE* file = std::fopen(path, "r")) {
-        if (std::fscanf(file, "%llu", &total) != 1)
-            total = 0;
+        if (std::fscanf(file, "%llu %llu", &totals.full, &totals.quick) != 2)
+            totals = {};
         std::fclose(file);
     }
-    return total;
+    return totals;
 }
 
-bool record_total(const char* path, u64 total) {
-    std::FILE* file = std::fopen(path, "w");
+bool record(const char* path) {
+    const u64 full = search_all(0), quick = search_all(QUICK_PLIES_LESS);
+    std::FILE* file = full > 0 && quick > 0 ? std::fopen(path, "w") : nullptr;
     if (file == nullptr)
         return false;
-    const bool written = std::fprintf(file, "%llu\n", static_cast<unsigned long long>(total)) > 0;
+    const bool written = std::fprintf(file, "%llu\n%llu\n", static_cast<unsigned long long>(full),
+                                      static_cast<unsigned long long>(quick)) > 0;
     return std::fclose(file) == 0 && written;
+}
+
+bool agrees(u64 total, unsigned long long expected) {
+    if (total != expected)
+        std::printf("expected %llu\n", expected);
+    return total > 0 && total == expected;
 }
 
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    const bool check = argc == 3 && std::strcmp(argv[1], "--check") == 0;
-    const bool write_file = argc == 3 && std::strcmp(argv[1], "--write") == 0;
-    if (argc != 1 && !check && !write_file) {
-        std::fprintf(stderr, "usage: signature [--check FILE | --write FILE]\n");
-        return 1;
-    }
+    const std::string_view what = argc == 3 ? argv[1] : "";
     start_engine();
-    const auto start = std::chrono::steady_clock::now();
-    const u64 total = search_all();
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    std::printf("%12llu  total\n%12.0f  nodes per second\n", static_cast<unsigned long long>(total),
-                static_cast<double>(total) / seconds.count());
-    if (total == 0)
-        return 1;
-    if (write_file)
-        return record_total(argv[2], total) ? 0 : 1;
-    if (check && recorded_total(argv[2]) != total) {
-        std::printf("expected %llu\n", static_cast<unsigned long long>(recorded_total(argv[2])));
-        return 1;
-    }
-    return 0;
+    if (argc == 1)
+        return search_all(0) > 0 ? 0 : 1;
+    if (what == "--check")
+        return agrees(search_all(0), recorded_totals(argv[2]).full) ? 0 : 1;
+    if (what == "--quick")
+        return agrees(search_all(QUICK_PLIES_LESS), recorded_totals(argv[2]).quick) ? 0 : 1;
+    if (what == "--write")
+        return record(argv[2]) ? 0 : 1;
+    std::fprintf(stderr, "usage: signature [--check FILE | --quick FILE | --write FILE]\n");
+    return 1;
 }
