@@ -78,7 +78,7 @@ std::vector<Move> take_moves(std::string_view& text) {
         if (const Move* move = find_root_move(word))
             moves.push_back(*move);
         else
-            tell("illegal move %.*s in searchmoves", static_cast<int>(word.size()), word.data());
+            tell("illegal move " + excerpt(word) + " in searchmoves");
     }
 }
 
@@ -94,7 +94,7 @@ GoArguments read_arguments(std::string_view text) {
         } else if (const Keyword* keyword = find_keyword(word)) {
             keyword->limit(go) = take_big_number(text);
             if (!keyword->limit(go))
-                tell("no number behind %.*s", static_cast<int>(word.size()), word.data());
+                tell("no number behind " + excerpt(word));
         }
     }
     return go;

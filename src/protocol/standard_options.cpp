@@ -183,19 +183,18 @@ void print_standard_options() {
 }
 
 void set_standard_option(std::string_view arguments) {
-    constexpr int QUOTE = 120;  // characters of a hostile text that are repeated
-    take_word(arguments);       // "name"
+    take_word(arguments);  // "name"
     const std::string name = take_name(arguments);
     const std::string value(without_space_around(arguments));
     const auto* option = std::find_if(std::begin(OPTIONS), std::end(OPTIONS), [&name](const Option& one) {
         return equal_ignoring_case(one.name, name);
     });
     if (option == std::end(OPTIONS)) {
-        tell("there is no option %.*s", QUOTE, name.c_str());
+        tell("there is no option " + excerpt(name));
     } else if (const auto number = read_value(*option, value)) {
         option->set(*number);
     } else {
-        tell("option %s does not take the value %.*s", option->name.data(), QUOTE, value.c_str());
+        tell("option " + std::string(option->name) + " does not take the value " + excerpt(value));
     }
 }
 

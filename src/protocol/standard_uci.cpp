@@ -16,7 +16,6 @@
 #include "search/transposition.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -27,17 +26,11 @@ namespace {
 
 ProtocolState& state = protocol_state;
 
-// Characters of what the client said that are worth repeating.
-int width(std::string_view text) {
-    constexpr std::size_t LONGEST_QUOTE = 120;
-    return static_cast<int>(std::min(text.size(), LONGEST_QUOTE));
-}
-
 void report_bad_fen(int error) {
     constexpr std::array<const char*, 4> REASONS = {"", "the placement of the men is cut short",
                                                     "the placement of the men is impossible",
                                                     "the side to move is neither w nor b"};
-    tell("bad FEN: %s", REASONS[static_cast<std::size_t>(error)]);
+    tell(std::string("bad FEN: ") + REASONS[static_cast<std::size_t>(error)]);
 }
 
 // ---- position ----
@@ -46,7 +39,7 @@ bool play_listed_move(std::string_view word) {
     build_root_moves();
     const Move* move = find_root_move(word);
     if (move == nullptr) {
-        tell("illegal move %.*s, the moves before it are played", width(word), word.data());
+        tell("illegal move " + excerpt(word) + ", the moves before it are played");
         return false;
     }
     play_game_move(*move);
@@ -155,7 +148,7 @@ const Command* find_first_command(std::string_view& line) {
 void report_unknown(std::string_view line) {
     const std::string_view word = take_word(line);
     if (!word.empty())
-        tell("unknown command %.*s", width(word), word.data());
+        tell("unknown command " + excerpt(word));
 }
 
 void run_line(std::string_view line) {
@@ -167,9 +160,8 @@ void run_line(std::string_view line) {
 }
 
 void echo_when_debugging(std::string_view line) {
-    const std::string_view bare = without_line_end(line);
     if (state.uci_debug)
-        tell("received: %.*s", width(bare), bare.data());
+        tell("received: " + excerpt(without_line_end(line)));
 }
 
 void line_during_search(std::string_view line) {
@@ -184,13 +176,13 @@ void line_during_search(std::string_view line) {
 
 }  // namespace
 
-void tell(const char* format, ...) {
-    std::printf("info string ");
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vprintf(format, arguments);
-    va_end(arguments);
-    std::printf("\n");
+void tell(const std::string& text) {
+    std::printf("info string %s\n", text.c_str());
+}
+
+std::string excerpt(std::string_view said) {
+    constexpr std::size_t LONGEST = 120;
+    return std::string(said.substr(0, LONGEST));
 }
 
 void adopt_standard_dialect() {

@@ -3,6 +3,7 @@
 // is told in "info string" lines.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 namespace quelmar {
@@ -14,7 +15,10 @@ void adopt_standard_dialect();
 [[noreturn]] void run_standard_uci();
 
 // "info string " and the text, on a line of its own.
-[[gnu::format(printf, 1, 2)]] void tell(const char* format, ...);
+void tell(const std::string& text);
+
+// As much of what the client said as is worth repeating.
+std::string excerpt(std::string_view said);
 
 // What "go" says behind its word. Searches the current position and prints the best move.
 void standard_go(std::string_view arguments);

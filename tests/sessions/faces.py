@@ -30,17 +30,12 @@ STARTS = ("QRKNBBRN", "BBQRNKRN", "RNBKQRNB", "RBKNNRBQ", "BNRBKRNQ", "RKNRBBNQ"
 PLIES = 60
 
 
-def results(engine, position, depth):
-    """Depths, node counts, scores and lines of a search; lines with a castling are left out."""
-    engine.say("position " + position, "go depth %d" % depth)
-    found = []
-    while not engine.seen or not engine.seen[-1].startswith("bestmove"):
-        if engine.line() is None:
-            raise Failure("the engine is gone")
-        if match := RESULT.match(engine.seen[-1]):
-            found.append(match.groups())
+def results(engine, position, limits):
+    """Depths, node counts, scores and variations of a search."""
     engine.seen.clear()
-    return found
+    engine.say("position " + position, "go " + limits)
+    engine.await_match("^bestmove ")
+    return [match.groups() for line in engine.seen if (match := RESULT.match(line))]
 
 
 def compare(first, second):
@@ -61,7 +56,8 @@ def check_searches(programs):
             with Engine(programs[0]) as own:
                 own.say("uci", "setoption name Hash value %d" % HASH_MB)
                 own.await_match("^uciok$")
-                compare(results(own, position, depth), results(standard, position, depth))
+                limits = "depth %d" % depth
+                compare(results(own, position, limits), results(standard, position, limits))
 
 
 def check_node_limit(program):
@@ -70,15 +66,13 @@ def check_node_limit(program):
         for nodes in (1, 1000, 20000, 100000):
             runs = []
             for _ in range(2):
-                engine.say("ucinewgame", "position startpos moves d2d4", "go nodes %d" % nodes)
-                engine.await_match("^bestmove ")
-                runs.append([RESULT.sub(r"\1 \2 \3", line) for line in engine.seen])
-                engine.seen.clear()
+                engine.say("ucinewgame")
+                runs.append(results(engine, "startpos moves d2d4", "nodes %d" % nodes))
             if runs[0] != runs[1]:
                 raise Failure("two searches of %d nodes differ" % nodes)
-            counts = [int(count) for line in runs[0] for count in re.findall(r" nodes (\d+) ", line)]
-            if nodes >= 1000 and not nodes / 10 < counts[-1] < nodes + 1000:
-                raise Failure("%d nodes instead of %d" % (counts[-1], nodes))
+            count = int(runs[0][-1][1].split()[1])  # when the last line was printed
+            if nodes >= 1000 and not nodes / 10 < count < nodes + 1000:
+                raise Failure("%d nodes instead of %d" % (count, nodes))
 
 
 class Board:
