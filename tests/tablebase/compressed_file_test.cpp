@@ -62,9 +62,8 @@ Bytes incompressible_bytes(std::size_t size) {
 
 TEST(CompressedFile, GivesBackWhatWasPacked) {
     // Whole blocks, a short last block, one symbol only, nothing that shrinks, other block sizes.
-    for (const Bytes& content :
-         {table_like_bytes(24576, 1), table_like_bytes(20000, 2), Bytes(8192 + 5, 9),
-          incompressible_bytes(9000), Bytes(1, 77), table_like_bytes(70000, 3)})
+    for (const Bytes& content : {table_like_bytes(24576, 1), table_like_bytes(20000, 2), Bytes(8192 + 5, 9),
+                                 incompressible_bytes(9000), Bytes(1, 77), table_like_bytes(70000, 3)})
         for (const unsigned block_bits : {13u, 10u, 16u}) {
             Bytes result;
             ASSERT_EQ(unpack(pack(content, block_bits), result), FILE_OK);

@@ -1,0 +1,69 @@
+// Tells what the endgame tables say: tbprobe PATH reads positions (FEN, then moves by coordinates) from
+// standard input, one per line, and answers each with "win N" or "loss N" (plies to mate, for the side to
+// move), "draw", "none" (no table), "illegal" or "error".
+#include "board/hash_keys.h"
+#include "board/make_move.h"
+#include "board/move_text.h"
+#include "board/position.h"
+#include "board/setup.h"
+#include "eval/attacks.h"
+#include "protocol/protocol_state.h"
+#include "protocol/settings.h"
+#include "tablebase/probe.h"
+
+#include <cstdio>
+#include <iostream>
+#include <sstream>
+#include <string>
+
+using namespace quelmar;
+
+namespace {
+
+// Sets up "FEN moves e2e4 ..."; false when a move is none of the position.
+bool set_up(const std::string& line) {
+    constexpr std::string_view MOVES = " moves ";
+    const std::size_t at = line.find(MOVES);
+    if (parse_fen(line.substr(0, at).c_str()) != 0)
+        return false;
+    std::istringstream words(at == std::string::npos ? "" : line.substr(at + MOVES.size()));
+    for (std::string word; words >> word;) {
+        build_root_moves();
+        const Move* move = find_root_move(word);
+        if (move == nullptr)
+            return false;
+        const Move copy = *move;
+        make_move(&copy);
+    }
+    position.search_ply = 0;
+    return true;
+}
+
+std::string answer_to(const std::string& line) {
+    if (!set_up(line))
+        return "error";
+    if (in_check(other_side(position.side_to_move)))
+        return "illegal";
+    Score score = 0;
+    if (position.current().men_us + position.current().men_them > tb_max_men || !probe_tablebase(score))
+        return "none";
+    if (score == 0)
+        return "draw";
+    return (score > 0 ? "win " : "loss ") + std::to_string(MATE_SCORE - std::abs(score));
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: tbprobe PATH <positions\n");
+        return 1;
+    }
+    init_hash_keys();
+    settings.tb_path = argv[1];
+    setup_tablebases();
+    protocol_state.uci_mode = true;
+    for (std::string line; std::getline(std::cin, line);)
+        std::cout << answer_to(line) << std::endl;
+    return 0;
+}
