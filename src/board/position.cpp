@@ -79,27 +79,29 @@ bool list_is_consistent(Side side, int men) {
 
 }  // namespace
 
+// One pass: the men are threaded from the heads on, then the kings are put in front.
 void rebuild_piece_lists() {
-    for (u8 square : square_of_index) {
-        if (position.at(square) == WHITE_KING)
-            link_of(WHITE_LIST).next = square;
-        else if (position.at(square) == BLACK_KING)
-            link_of(BLACK_LIST).next = square;
-    }
-    std::array<u8, 2> tail{};
-    for (Side side : {WHITE, BLACK}) {
-        const Square king = position.king_square(side);
-        link_of(king) = {static_cast<u8>(side), LIST_END};
-        tail[static_cast<std::size_t>(side)] = static_cast<u8>(king);
-    }
+    std::array<u8, 2> king = {link_of(WHITE_LIST).next, link_of(BLACK_LIST).next};
+    std::array<u8, 2> tail = {WHITE_LIST, BLACK_LIST};
     for (u8 square : square_of_index) {
         const Piece piece = position.at(square);
-        if (!is_man(piece) || kind_of(piece) == KING)
+        if (piece == EMPTY)
             continue;
-        u8& last = tail[static_cast<std::size_t>(side_of(piece))];
-        link_of(last).next = square;
-        link_of(square) = {last, LIST_END};
-        last = square;
+        const auto side = static_cast<std::size_t>(side_of(piece));
+        if (kind_of(piece) == KING) {
+            king[side] = square;
+            continue;
+        }
+        link_of(tail[side]).next = square;
+        link_of(square).prev = tail[side];
+        tail[side] = square;
+    }
+    for (u8 head : std::array<u8, 2>{WHITE_LIST, BLACK_LIST}) {
+        link_of(tail[head]).next = LIST_END;
+        const u8 first = link_of(head).next;
+        link_of(king[head]) = {head, first};
+        link_of(first).prev = king[head];
+        link_of(head).next = king[head];
     }
 }
 
