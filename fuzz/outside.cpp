@@ -24,7 +24,9 @@ namespace quelmar::fuzz {
 
 namespace {
 
-constexpr i64 MS_PER_QUESTION = 10, MS_PER_POLL = 5000;  // a search on the usual clock lives for a few polls
+constexpr i64 MS_PER_QUESTION = 10, MS_PER_POLL = 1000;  // a search on the usual clock lives for a few polls
+
+constexpr u64 POLLING_WEIGHT = 100, QSEARCH_WEIGHT = 9;
 
 struct ProcessEnded {
     int status;
@@ -116,6 +118,7 @@ std::FILE* __real_fopen(const char* path, const char* mode);
 void* __real_calloc(std::size_t count, std::size_t size);
 [[noreturn]] void __real_exit(int status);
 bool __real__ZN7quelmar22position_is_consistentEv();
+int __real__ZN7quelmar8evaluateEv();
 
 int __wrap_poll(pollfd* descriptors, nfds_t count, int timeout_ms) {
     if (!outside.inside_session)
@@ -158,6 +161,14 @@ void __wrap_exit(int status) {
 // Recounting the board at every node would leave little time to search.
 bool __wrap__ZN7quelmar22position_is_consistentEv() {
     return quelmar::protocol_state.searching || __real__ZN7quelmar22position_is_consistentEv();
+}
+
+// Nodes count for many, so that a search polls its input after dozens of them instead of thousands, and ends
+// as soon.
+int __wrap__ZN7quelmar8evaluateEv() {
+    quelmar::search_state.nodes_since_poll += POLLING_WEIGHT;
+    quelmar::search_state.qsearch_nodes += QSEARCH_WEIGHT;
+    return __real__ZN7quelmar8evaluateEv();
 }
 
 // Freed blocks are kept for a while to find who still uses them; a hash table per run is much to keep.

@@ -40,6 +40,7 @@ int main(int argc, char** argv) {
     const Mode mode = choose_mode(arguments);
 
     prepare_standard_streams();
+    end_when_memory_runs_out();
     if (mode == Mode::USAGE_ERROR) {
         std::fprintf(stderr, "usage: %s test FILE SECONDS\n", arguments[0]);
         return EXIT_FAILURE;

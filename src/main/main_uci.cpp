@@ -11,6 +11,7 @@ using namespace quelmar;
 
 int main() {
     prepare_standard_streams();
+    end_when_memory_runs_out();
     adopt_standard_dialect();
     init_hash_keys();
     build_exchange_table();

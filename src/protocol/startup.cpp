@@ -9,7 +9,10 @@
 
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
+#include <exception>
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
 
 namespace quelmar {
@@ -21,6 +24,23 @@ void prepare_standard_streams() {
     }
     std::signal(SIGPIPE, SIG_DFL);  // a parent may have left it ignored
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+}
+
+// No new handler, since readers of tables ask for memory that they can do without.
+void end_when_memory_runs_out() {
+    std::set_terminate([] {
+        try {
+            if (const std::exception_ptr fault = std::current_exception())
+                std::rethrow_exception(fault);
+        } catch (const std::bad_alloc&) {
+            std::printf("*** Out of memory\n");
+            std::fflush(stdout);
+            std::_Exit(EXIT_FAILURE);
+        } catch (...) {
+            std::abort();
+        }
+        std::abort();
+    });
 }
 
 void load_settings() {

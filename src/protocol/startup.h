@@ -8,6 +8,10 @@ namespace quelmar {
 // output on at once.
 void prepare_standard_streams();
 
+// From here on an allocation that fails, where nobody knows another way, ends the process with a message and
+// exit status 1.
+void end_when_memory_runs_out();
+
 // Defaults, then "quelmar.ini"; then what depends on them: endgame tables and the transposition table.
 void load_settings();
 

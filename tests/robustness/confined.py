@@ -85,6 +85,11 @@ class Watched:
         self.reader.join(PATIENCE)
         self.process.stdout.close()
 
+    def forget(self):
+        """What has been printed up to now answers no later question."""
+        with self.news:
+            self.tail = b""
+
     def await_text(self, *wanted):
         with self.news:
             if not self.news.wait_for(lambda: any(text in self.tail for text in wanted), PATIENCE):

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Positions that no game reaches, under both protocols.
+"""Positions that no game reaches, under both protocols (quelmar-uci knows one).
 
-    positions.py QUELMAR [--random N] [--seed N]
+    positions.py PROGRAM [--random N] [--seed N]
 
 Each is set up, shown, evaluated, searched and analysed; the engine's moves have to be among those it calls legal, and
 every answer has to come in time. What is no position has to be refused, and the next command has to work. --random
@@ -59,6 +59,7 @@ def random_position(chance):
     ranks = ["".join(board[8 * r:8 * r + 8]) for r in range(8)]
     text = "/".join(re.sub(r"\.+", lambda m: str(len(m.group())), rank) for rank in ranks)
     return text + chance.choice((" w ", " b ")) + chance.choice(("-", "KQkq", "Kq")) + " -"
+REFUSALS = ("Error in EPD line", "info string bad FEN")
 
 
 class Face:
@@ -72,15 +73,11 @@ class Face:
         """Says the lines and returns what was printed until the question behind them was answered."""
         self.questions += 1
         question, answer = self.question()
-        self.forget()
+        self.engine.forget()
         if not self.engine.send("".join(line + "\n" for line in (*lines, question)).encode(errors="surrogateescape")):
             raise Failure("the engine is gone")
         self.engine.await_text(answer.encode())
         return self.engine.tail.decode(errors="replace")
-
-    def forget(self):
-        with self.engine.news:
-            self.engine.tail = b""
 
     def await_line(self, start):
         began = time.monotonic()
@@ -93,7 +90,8 @@ class Face:
 
     def legal_moves(self, wrong_move):
         listing = self.ask(wrong_move)
-        return re.search(r"Legal moves:\n((?:\S{2,5}\n)*)", listing).group(1).split()
+        moves = re.search(r"Legal moves:\n((?:\S{2,5}\n)*)", listing)
+        return moves and moves.group(1).split()  # quelmar-uci does not tell
 
 
 class Xboard(Face):
@@ -109,7 +107,7 @@ class Xboard(Face):
     def examine(self):
         legal = self.legal_moves("usermove a1a1")
         self.ask("diagram", "eval")
-        self.forget()
+        self.engine.forget()
         if legal and not self.over:
             self.engine.send(b"\ngo\n")
             move = self.await_line("move")
@@ -139,19 +137,21 @@ class Uci(Face):
         fen = self.fen
         legal = self.legal_moves("position fen %s moves a1a1" % fen)
         for limit in ("depth 1", "movetime 100", "wtime 1000 btime 1000", "infinite", "ponder"):
-            self.forget()
+            self.engine.forget()
             self.engine.send(("\ngo %s\n" % limit).encode())
             if limit in ("infinite", "ponder"):
                 time.sleep(0.1)
                 self.engine.send(b"stop\n")
             move = self.await_line("bestmove")
+            if legal is None and re.fullmatch("([a-h][1-8]){2}[qrbn]?|0000", move):
+                continue
             if move not in (legal or ["0000"]):
                 raise Failure("go %s: %s is none of %s" % (limit, move, legal))
-        for move in legal[:3]:
+        for move in legal[:3] if legal else ():
             self.ask("position fen %s moves %s" % (fen, move))
 
     def examine_refused(self):
-        self.forget()
+        self.engine.forget()
         self.engine.send(b"\ngo depth 3\n")
         if self.await_line("bestmove") != "0000":
             raise Failure("a move without a position")
@@ -165,13 +165,13 @@ def check(program, face_of, possible):
     try:
         face.start()
         for name, fen in REFUSED:
-            if "Error in EPD line" not in face.set_up(fen):
+            if not any(words in face.set_up(fen) for words in REFUSALS):
                 raise Failure("not refused")
             face.examine_refused()
         for name, fen in possible:
             face.fen = fen
             reply = face.set_up(fen)
-            if "Error" in reply:
+            if any(words in reply for words in REFUSALS):
                 raise Failure("refused")
             face.over = "{" in reply  # the result was claimed: nobody moves any more
             face.examine()
@@ -191,7 +191,7 @@ def main():
     options = parser.parse_args()
     chance = random.Random(options.seed)
     made = [random_position(chance) for _ in range(options.random)]
-    for face in (Xboard, Uci):
+    for face in (Uci,) if options.program.endswith("-uci") else (Xboard, Uci):
         check(options.program, face, POSSIBLE + tuple((fen, fen) for fen in made))
     print("positions: %d possible, %d refused" % (len(POSSIBLE) + len(made), len(REFUSED)))
 

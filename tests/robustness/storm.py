@@ -5,9 +5,10 @@
 
 A round is one process. It is led into a state (idle, thinking, pondering, analysing, under either protocol), is sent
 bursts of commands with hostile arguments, in pieces that end anywhere, with LF or CR LF, with bytes of every value and
-with lines of a megabyte, and then has to answer a question. At last its input ends, its output is closed, or it is
-told to quit, in whatever state it is; it has to be gone within a second with exit status 0 (by the signal when it
-wrote to a pipe that nobody reads). A seed always gives the same rounds.
+with lines of a megabyte, and then has to answer a question and to find a move. At last its input ends, its output is
+closed, or it is told to quit, in whatever state it is; it has to be gone within a second with exit status 0 (by the
+signal when it wrote to a pipe that nobody reads). A seed always says the same, though not at the same moment of a
+search. A program called quelmar-uci is spoken to in UCI only.
 """
 
 import argparse
@@ -59,6 +60,7 @@ STATES = {
 class Weather:
     def __init__(self, seed):
         self.chance = random.Random(seed)
+        self.searches = 1  # that UCI may have to stop
 
     def argument(self):
         chance = self.chance
@@ -92,7 +94,9 @@ class Weather:
         return b"\n" if line.startswith(b"quit") else line
 
     def burst(self, words):
-        return b"".join(self.line(words) for _ in range(self.chance.randrange(1, 40)))
+        lines = [self.line(words) for _ in range(self.chance.randrange(1, 40))]
+        self.searches += sum(line.startswith(b"go") for line in lines)
+        return b"".join(lines)
 
     def pieces(self, data):
         """Cuts anywhere, mostly between lines."""
@@ -113,11 +117,25 @@ def ask(engine):
     engine.await_text(b"pong 271828", b"readyok")
 
 
+def play(engine, weather):
+    """Ends whatever goes on and wants a move."""
+    uci = b"readyok" in engine.tail
+    engine.forget()
+    if uci:
+        engine.send(b"stop\n" * (weather.searches + 1))
+        engine.send(b"setoption name Hash value 2\nucinewgame\nposition startpos\ngo depth 1\n")
+        engine.await_text(b"bestmove e2e", b"bestmove d2d", b"bestmove b1c", b"bestmove g1f")
+    else:
+        engine.send(b"force\n?\nlevel 40 5 0\nnew\neasy\nst 0\nusermove e2e4\n")
+        engine.await_text(b"\nmove ")
+
+
 def one_round(program, seed):
     """Returns the seconds that the end took, and how it came."""
     weather = Weather(seed)
     chance = weather.chance
-    state = chance.choice(list(STATES))
+    only_uci = program.endswith("-uci")
+    state = chance.choice([name for name in STATES if name.startswith("UCI") or not only_uci])
     engine = Watched(program)
     try:
         engine.send(STATES[state])
@@ -129,6 +147,7 @@ def one_round(program, seed):
                 if chance.randrange(4) == 0:
                     time.sleep(chance.random() * 0.05)
         ask(engine)
+        play(engine, weather)
         ending = chance.choice(("input ends", "half a line", "quit", "output closed"))
         # "new" and "stop" would bring it into another state; it has to end in this one.
         if chance.randrange(2):
@@ -142,7 +161,7 @@ def one_round(program, seed):
             engine.send(b"usermove e2")
         if ending in ("input ends", "half a line"):
             engine.process.stdin.close()
-        return engine.end(BROKEN_PIPE), "%s while %s" % (ending, state)
+        return engine.end(BROKEN_PIPE), "seed %d, %s while %s" % (seed, ending, state)
     except Failure as failure:
         sys.exit("storm: seed %d, %s: %s\n%s" % (seed, state, failure, engine.report()))
     finally:
