@@ -49,7 +49,8 @@ template <Side Us, bool LegalOnly> Move* castling_moves(Move* out) {
     if (position.king_square(Us) != king)
         return out;
     for (int wing : {0, 1}) {
-        const Square rook = position.castle_rook_square[static_cast<std::size_t>(2 * Us + wing)];
+        const int index = 2 * Us + wing;
+        const Square rook = position.castle_rook_square[static_cast<std::size_t>(index)];
         const Square king_to = Facing<Us>::mirror(wing == 0 ? G1 : C1);
         const Square rook_to = Facing<Us>::mirror(wing == 0 ? F1 : D1);
         if ((position.current().castle_lost & FIRST_BIT << wing) != 0 ||
