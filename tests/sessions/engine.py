@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 import time
 
-PATIENCE = 20.0  # seconds; longer than anything a test waits for, shorter than a hang
+PATIENCE = float(os.environ.get("QUELMAR_PATIENCE", 20))  # seconds; longer than anything a test waits for, shorter than a hang
 
 # Lines that say how the search goes; their number and content depend on the machine.
 THINKING = re.compile(
