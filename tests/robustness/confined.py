@@ -16,7 +16,7 @@ from engine import Engine, Failure  # noqa: E402,F401  (for those who import thi
 
 MEMORY = 2 << 30  # bytes of address space; absurd hash sizes must fall back
 PATIENCE = 60.0  # seconds, for a machine that is busy with other things
-COMPLAINTS = (b"Illegal piece", b"Sanitizer", b"runtime error", b"Assertion", b"terminate called")
+COMPLAINTS = (b"Illegal piece", b"Sanitizer: ", b"runtime error", b"Assertion", b"terminate called")
 
 
 def is_sanitized(program):
