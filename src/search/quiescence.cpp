@@ -110,6 +110,14 @@ void judge_statically(QNode& node) {
     search_state.at(node.ply).ply_in_check = node.in_check;
 }
 
+// The move before was illegal. Nothing may answer before this is known, neither a draw nor a stand pat: the
+// parent would count that move as legal, miss stalemates and believe in mates that are none.
+bool king_en_prise(QNode& node) {
+    const Side us = position.side_to_move;
+    return attack_byte(us, position.king_square(other_side(us))) != 0 &&
+           node.decide(MATE_SCORE + 1 - node.ply);
+}
+
 // A stop in the first iteration, which has to complete, shortens what is left of it.
 bool is_swollen() {
     return search_state.qsearch_nodes > SWOLLEN_QSEARCH || protocol_state.abort_search;
@@ -177,17 +185,13 @@ bool search_move(QNode& node, const Move& move, int check_limit) {
     return node.best >= node.beta;
 }
 
-// True when the node is decided: a king can be taken.
-bool search_captures(QNode& node) {
+void search_captures(QNode& node) {
     constexpr int FORCED_REPLY_BONUS = 2;
     const int child_limit = node.check_limit + (node.evasions == 1 ? FORCED_REPLY_BONUS : 0);
     while (const Move* move = pick_move()) {
-        if (move->captured != EMPTY && kind_of(move->captured) == KING)
-            return node.decide(MATE_SCORE + 1 - node.ply);
         if (worth_searching(node, *move) && search_move(node, *move, child_limit))
-            break;
+            return;
     }
-    return false;
 }
 
 // The score that makes quiet checks pointless: far above what the root expects.
@@ -223,6 +227,8 @@ Score qsearch(Score beta, Depth depth, int check_limit) {
     if (mate_distance(node) || table_cutoff(node))
         return node.result;
     judge_statically(node);
+    if (king_en_prise(node))
+        return node.result;
     if (is_search_draw())
         return 0;
     if (node.ply >= MAX_PLY - 1 || is_swollen())
@@ -233,8 +239,7 @@ Score qsearch(Score beta, Depth depth, int check_limit) {
     if (without_moves(node))
         return node.result;
     order_moves(node.table_move);
-    if (search_captures(node))
-        return node.result;
+    search_captures(node);
     search_quiet_checks(node);
     return store_verdict(node);
 }

@@ -47,6 +47,24 @@ TEST_F(SearchTest, FindsMates) {
     }
 }
 
+// A stalemate at the horizon, or an illegal move that a stand pat hid, was once announced as mate.
+TEST_F(SearchTest, BelievesInNoFalseMate) {
+    const struct {
+        const char* fen;
+        int depth;
+    } cases[] = {
+        {"8/1K6/B7/1n2B3/8/4k1p1/6Q1/8 w -", 2},        {"8/6p1/6Pp/7P/2N1pk2/1p2N3/1Bp1P2R/2K5 w -", 2},
+        {"8/5N2/R7/6p1/3BP1p1/2KB2p1/5pp1/6k1 w -", 2}, {"k1K5/1r6/N7/8/8/8/4B1p1/6B1 w -", 2},
+        {"8/r5p1/6R1/8/7p/1B1p3N/1K1P2np/7k w -", 7},
+    };
+    for (const auto& c : cases) {
+        set_up(c.fen);
+        forget_searches();
+        const Verdict verdict = search_to(c.depth);
+        EXPECT_LT(verdict.score, FOUND_MATE_LIMIT) << c.fen << "\n" << verdict.output;
+    }
+}
+
 TEST_F(SearchTest, SeesDraws) {
     const struct {
         const char* fen;
@@ -227,7 +245,11 @@ TEST_F(SearchTest, QuiescenceScoresKingsAndMates) {
     search_state.iteration = 3;
     set_up("4k3/8/8/8/8/8/4R3/4K3 w -");
     position.search_ply = 4;
-    EXPECT_EQ(qsearch(20000, 0, 6), 30001 - 4);  // the black king can be taken
+    // The black king can be taken; neither a stand pat nor a draw answers before that is seen.
+    EXPECT_EQ(qsearch(20000, 0, 6), 30001 - 4);
+    EXPECT_EQ(qsearch(0, 0, 6), 30001 - 4);
+    position.current().halfmove_clock = 100;
+    EXPECT_EQ(qsearch(0, 0, 6), 30001 - 4);
     set_up("R5k1/5ppp/8/8/8/8/8/4K3 b -");
     position.search_ply = 4;
     EXPECT_EQ(qsearch(0, 0, 6), 4 - 30000);  // mated
