@@ -52,10 +52,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     constexpr std::uint32_t MOST_BLOCKS = 16;
     for (std::uint32_t block = 0; block < std::min(info.block_count, MOST_BLOCKS); ++block) {
         set_output(decoder, output.data());
-        if (read_compressed_block(decoder, info, file.get(), block) == FILE_OK)
-            decode_block(decoder, info);
-        BlockChecks checks;
-        read_block_checks(file.get(), info, block, checks);
+        if (read_compressed_block(decoder, info, file.get(), block) == FILE_OK &&
+            decode_block(decoder, info) == FILE_OK)
+            block_fault(decoder, info);
     }
     return 0;
 }

@@ -7,6 +7,7 @@
 #include "board/position.h"
 #include "board/setup.h"
 #include "eval/attacks.h"
+#include "protocol/dialect.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "tablebase/probe.h"
@@ -63,6 +64,7 @@ int main(int argc, char* argv[]) {
     settings.tb_path = argv[1];
     setup_tablebases();
     protocol_state.uci_mode = true;
+    dialect.reads_whole_fen = true;
     for (std::string line; std::getline(std::cin, line);)
         std::cout << answer_to(line) << std::endl;
     return 0;

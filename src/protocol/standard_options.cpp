@@ -7,9 +7,11 @@
 #include "protocol/text_values.h"
 #include "search/transposition.h"
 #include "tablebase/probe.h"
+#include "tablebase/registry.h"
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <span>
 #include <string>
 
@@ -66,9 +68,32 @@ void set_null_reduction(int plies) {
     settings.null_reduction_endgame = std::min(plies, ENDGAME_MAXIMUM);
 }
 
+// Which directories do not exist, and what the others hold.
+void tell_tables() {
+    const std::string& path = settings.tb_path;
+    for (const std::string_view directory : table_directories(path)) {
+        std::error_code ignored;
+        if (!directory.empty() && !std::filesystem::is_directory(directory, ignored))
+            tell("there is no directory " + std::string(directory));
+    }
+    const int tables = count_registered_tables();
+    const std::string where = " in " + (path.empty() ? "the current directory" : path);
+    if (tables == 0)
+        tell("no tables" + where);
+    else
+        tell(std::to_string(tables) + (tables == 1 ? " table" : " tables") + " of up to " +
+             std::to_string(tb_max_men) + " men" + where);
+}
+
+void set_table_path(int) {
+    setup_tablebases();
+    tell_tables();
+}
+
 void set_table_cache(int megabytes) {
     settings.tb_cache_mb = megabytes;
     setup_tablebases();
+    tell_start_tables();
 }
 
 using S = EngineSettings;
@@ -89,7 +114,7 @@ constexpr Option OPTIONS[] = {
     {"Checks in qsearch", Kind::CHECK, field<&S::qsearch_checks>, set_field<&S::qsearch_checks>},
     {"Nullmove reduction factor", Kind::SPIN, field<&S::null_reduction>, set_null_reduction, 0, 3},
     {"Internal iterative deepening", Kind::CHECK, field<&S::iid>, set_field<&S::iid>},
-    {"NalimovPath", Kind::STRING, nothing, [](int) { setup_tablebases(); }},
+    {"NalimovPath", Kind::STRING, nothing, set_table_path},
     {"NalimovCache", Kind::SPIN, field<&S::tb_cache_mb>, set_table_cache, 1, MAX_CACHE_MB},
 };
 // clang-format on
@@ -176,6 +201,11 @@ void remember_standard_defaults() {
     default_path = settings.tb_path;
 }
 
+void tell_start_tables() {
+    if (tb_max_men > 0 || !settings.tb_path.empty())
+        tell_tables();
+}
+
 void print_standard_options() {
     for (std::size_t i = 0; i < default_values.size(); ++i)
         std::printf("option name %s type %s\n", OPTIONS[i].name.data(),
@@ -194,7 +224,8 @@ void set_standard_option(std::string_view arguments) {
     } else if (const auto number = read_value(*option, value)) {
         option->set(*number);
     } else {
-        tell("option " + std::string(option->name) + " does not take the value " + excerpt(value));
+        tell("option " + std::string(option->name) + " does not take the value " + excerpt(value) +
+             (option->kind == Kind::STRING ? ", longer than " + std::to_string(TB_PATH_MAX) + " characters" : ""));
     }
 }
 

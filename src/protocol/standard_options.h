@@ -8,6 +8,9 @@ namespace quelmar {
 // The values the settings have now are announced as the defaults from here on.
 void remember_standard_defaults();
 
+// Says which tables were found, unless nobody has asked for any: no path is set and none is there.
+void tell_start_tables();
+
 // The "option name ..." lines.
 void print_standard_options();
 

@@ -190,6 +190,8 @@ void adopt_standard_dialect() {
         .castling = CastlingText::KING_MOVE,
         .reads_any_castling = true,
         .reads_whole_fen = true,
+        .starts_in_uci = true,
+        .plays_on_without_table = true,
         .current_line_head = "info currline 1",
         .report_bad_fen = report_bad_fen,
         .uci_line_during_search = line_during_search,
@@ -199,6 +201,7 @@ void adopt_standard_dialect() {
 void run_standard_uci() {
     state.uci_mode = true;
     remember_standard_defaults();
+    tell_start_tables();
     for (;;) {
         if (const auto line = take_pending_command()) {
             run_line(*line);

@@ -9,7 +9,7 @@
 #include "search/transposition.h"
 
 #include "board/position.h"
-#include "protocol/protocol_state.h"
+#include "protocol/dialect.h"
 #include "protocol/settings.h"
 
 #include <algorithm>
@@ -72,10 +72,8 @@ u64 megabytes_of(u64 buckets) {
     return buckets * sizeof(TTBucket) >> 20;
 }
 
-// The line is a comment in whichever protocol is active.
 void report_smaller_table(int wanted_mb) {
-    std::printf("%s hash of %d MB is not available, using %llu MB\n",
-                protocol_state.uci_mode ? "info string" : "#", wanted_mb,
+    std::printf("%s hash of %d MB is not available, using %llu MB\n", comment_head(), wanted_mb,
                 static_cast<unsigned long long>(megabytes_of(tt_bucket_count)));
 }
 

@@ -125,39 +125,54 @@ bool open_table(TableRecord& table) {
     return table.file != nullptr;
 }
 
-// Both give the number of bytes read, 0 on failure.
-u32 read_plain_block(TableRecord& table, bool wide, u32 block, u8* data) {
+// What came of reading a block: the number of its bytes, or why it cannot be used.
+struct BlockRead {
+    u32 length = 0;
+    const char* fault = nullptr;
+};
+
+constexpr BlockRead UNREADABLE{0, "read error"};
+
+BlockRead read_plain_block(TableRecord& table, bool wide, u32 block, u8* data) {
     const u64 start = u64{block} * TABLE_BLOCK_SIZE, end = u64{table.entry_count} * (wide ? 2 : 1);
     if (start >= end || fseeko(table.file.get(), static_cast<off_t>(start), SEEK_SET) != 0)
-        return 0;
+        return UNREADABLE;
     // Less than this is a file that has shrunk.
     const auto length = static_cast<std::size_t>(std::min<u64>(end - start, TABLE_BLOCK_SIZE));
-    return std::fread(data, 1, length, table.file.get()) == length ? static_cast<u32>(length) : 0;
+    if (std::fread(data, 1, length, table.file.get()) != length)
+        return UNREADABLE;
+    return {static_cast<u32>(length)};
 }
 
-u32 read_packed_block(TableRecord& table, u32 block, u8* data) {
+BlockRead read_packed_block(TableRecord& table, u32 block, u8* data) {
+    const CompressedTableInfo& info = *table.decoder_info;
     BlockDecoder& decoder = decode_workspace();
     set_output(decoder, data);
-    if (read_compressed_block(decoder, *table.decoder_info, table.file.get(), block) != FILE_OK ||
-        decode_block(decoder, *table.decoder_info) != FILE_OK)
-        return 0;
-    return static_cast<u32>(decoder.output_length);
+    int code = read_compressed_block(decoder, info, table.file.get(), block);
+    if (code == FILE_OK)
+        code = decode_block(decoder, info);
+    if (code != FILE_OK) {
+        const char* const words = error_words(code);
+        return {0, words != nullptr ? words : "it cannot be decoded"};
+    }
+    // Bytes that decode need not be the right ones, and a wrong value loses won games.
+    return {static_cast<u32>(decoder.output_length), block_fault(decoder, info)};
 }
 
 EntryNumber load_block(int number, Side side, TableRecord& table, u32 block) {
     const EntryNumber entry = take_entry();
     u8* const data = cache.data_of(entry);
-    u32 length = 0;
+    BlockRead read{0, "it cannot be opened"};
     if (open_table(table))
-        length = table.decoder_info ? read_packed_block(table, block, data)
-                                    : read_plain_block(table, ending(number).wide, block, data);
-    if (length == 0) {
-        forget_table(table);
+        read = table.decoder_info ? read_packed_block(table, block, data)
+                                  : read_plain_block(table, ending(number).wide, block, data);
+    if (read.fault != nullptr) {
+        drop_table(table, read.fault);
         give_back(entry);
         return NO_ENTRY;
     }
     cache.entry(entry) = {
-        block,           NO_ENTRY, NO_ENTRY, NO_ENTRY, NO_ENTRY, narrow<u16>(length), narrow<u8>(number),
+        block,           NO_ENTRY, NO_ENTRY, NO_ENTRY, NO_ENTRY, narrow<u16>(read.length), narrow<u8>(number),
         narrow<u8>(side)};
     make_newest(entry);
     make_first_of_chain(entry);

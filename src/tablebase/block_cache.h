@@ -24,7 +24,7 @@ bool init_block_cache(void* memory, std::size_t bytes);
 bool block_cache_has_entries();
 
 // A byte (-128..127) of a registered table, out of the cache or its file; NO_VALUE when it cannot be had. A
-// table that cannot be read is forgotten, see registry.h.
+// table that cannot be read, or not as its check values say, is dropped, see registry.h.
 int read_cached_byte(int ending, Side side, u32 block, u32 offset);
 
 }  // namespace quelmar

@@ -100,6 +100,11 @@ void read_fields(BitReader bits, std::uint32_t index_size, CompressedTableInfo& 
         distance = bits.read(info.block_bits);
 }
 
+void read_checks(const std::uint8_t* bytes, CompressedTableInfo& info) {
+    for (std::uint32_t block = 0; block < info.block_count; ++block, bytes += BLOCK_CHECKS_SIZE)
+        info.checks[block] = {big_endian(bytes), big_endian(bytes + 4)};
+}
+
 // `index` is the whole index with its check value.
 int read_sections(const FixedHeader& header, std::span<const std::uint8_t> index, CompressedTableInfo& info) {
     const std::uint64_t fields_at = FIXED_HEADER_SIZE + header.checks_size();
@@ -112,8 +117,10 @@ int read_sections(const FixedHeader& header, std::span<const std::uint8_t> index
     info.block_count = header.block_count;
     info.largest_compressed = 0;
     info.offsets.reset(new (std::nothrow) std::uint64_t[std::size_t{header.block_count} + 1]);
-    if (!info.offsets)
+    info.checks.reset(new (std::nothrow) BlockChecks[header.block_count]);
+    if (!info.offsets || !info.checks)
         return error(FILE_NO_MEMORY, 9);
+    read_checks(index.data() + FIXED_HEADER_SIZE, info);
     read_fields({index.data() + fields_at, static_cast<std::size_t>(header.fields_size())}, header.index_size,
                 info);
     std::array<std::uint8_t, MAIN_ALPHABET> lengths{};
@@ -134,6 +141,19 @@ std::uint32_t read_match_length(BitReader& bits, unsigned code) {
 }
 
 }  // namespace
+
+const char* error_words(int code) {
+    switch (error_class(code)) {
+    case FILE_READ_ERROR:
+        return "read error";
+    case FILE_NO_MEMORY:
+        return "out of memory";
+    case FILE_MALFORMED:
+        return "file broken";
+    default:
+        return nullptr;
+    }
+}
 
 std::uint32_t checksum(std::span<const std::uint8_t> bytes) {
     std::uint32_t value = 0;
@@ -180,6 +200,7 @@ int read_compressed_block(BlockDecoder& decoder, const CompressedTableInfo& info
         return error(FILE_BAD_CALL, 13);
     if (block >= info.block_count)
         return error(FILE_BAD_CALL, 14);
+    decoder.block = block;
     decoder.output_length = info.decoded_length(block);
     decoder.input_length = info.compressed_length(block);
     decoder.complete = false;
@@ -220,16 +241,13 @@ int decode_block(BlockDecoder& decoder, const CompressedTableInfo& info) {
     return bits.overrun() ? error(FILE_MALFORMED, 18) : FILE_OK;
 }
 
-int read_block_checks(std::FILE* file, const CompressedTableInfo& info, std::uint32_t block,
-                      BlockChecks& checks) {
-    if (block >= info.block_count)
-        return error(FILE_BAD_CALL, 19);
-    std::array<std::uint8_t, BLOCK_CHECKS_SIZE> bytes{};
-    if (!seek_to(file, FIXED_HEADER_SIZE + std::uint64_t{block} * BLOCK_CHECKS_SIZE) ||
-        !read_bytes(file, bytes.data(), bytes.size()))
-        return error(FILE_READ_ERROR, 20);
-    checks = {big_endian(bytes.data()), big_endian(bytes.data() + 4)};
-    return FILE_OK;
+const char* block_fault(const BlockDecoder& decoder, const CompressedTableInfo& info) {
+    const BlockChecks& checks = info.checks[decoder.block];
+    if (checksum({decoder.input.get(), decoder.input_length}) != checks.compressed)
+        return "packed bytes do not match their check value";
+    if (checksum({decoder.output, decoder.output_length}) != checks.decoded)
+        return "decoded bytes do not match their check value";
+    return nullptr;
 }
 
 }  // namespace quelmar

@@ -35,6 +35,9 @@ constexpr int error_class(int code) {
     return code & 255;
 }
 
+// The class in words; nullptr for FILE_OK and FILE_BAD_CALL.
+const char* error_words(int code);
+
 // The layout above, for whoever writes such files.
 inline constexpr std::size_t BANNER_SIZE = 64, BANNER_TEXT = 58, FIXED_HEADER_SIZE = 80,
                              BLOCK_CHECKS_SIZE = 8;
@@ -47,6 +50,12 @@ inline constexpr unsigned FIRST_MATCH_SYMBOL = 256, MAIN_ALPHABET = 1024, MAIN_L
 // (1 << n) + these bits + LAST_PLAIN_LENGTH.
 inline constexpr unsigned LENGTH_CODES = 32, LAST_PLAIN_LENGTH = 14;
 
+// The check values of a block.
+struct BlockChecks {
+    std::uint32_t decoded = 0;
+    std::uint32_t compressed = 0;
+};
+
 // What the index of a file says. Written by read_compressed_header, then constant.
 struct CompressedTableInfo {
     unsigned block_bits = 0;
@@ -55,6 +64,7 @@ struct CompressedTableInfo {
     std::uint32_t last_block_length = 0;       // decoded
     std::uint32_t largest_compressed = 0;      // length of a block
     std::unique_ptr<std::uint64_t[]> offsets;  // of every block in the file, and of the end of the last one
+    std::unique_ptr<BlockChecks[]> checks;     // of every block
     std::array<std::uint32_t, DISTANCE_COUNT> distances{};
     DecodeTable main_table;
 
@@ -65,11 +75,14 @@ struct CompressedTableInfo {
     std::uint32_t compressed_length(std::uint32_t block) const {
         return static_cast<std::uint32_t>(offsets[block + 1] - offsets[block]);
     }
+    // Where the last block ends, and with it the file.
+    std::uint64_t file_size() const { return offsets[block_count]; }
 };
 
 // Work space for one block at a time, shared by all files.
 struct BlockDecoder {
     std::size_t capacity = 0;  // greatest block size it can take; 0 before create_block_decoder
+    std::uint32_t block = 0;   // that was read last
     std::unique_ptr<std::uint8_t[]> input;
     std::size_t input_length = 0;
     std::uint8_t* output = nullptr;
@@ -97,13 +110,8 @@ int read_compressed_block(BlockDecoder& decoder, const CompressedTableInfo& info
 // Decodes the block that was read last into the output. Afterwards output_length bytes are there.
 int decode_block(BlockDecoder& decoder, const CompressedTableInfo& info);
 
-// The two check values that the index holds for a block. For programs that check whole files; moves the
-// file's position.
-struct BlockChecks {
-    std::uint32_t decoded = 0;
-    std::uint32_t compressed = 0;
-};
-int read_block_checks(std::FILE* file, const CompressedTableInfo& info, std::uint32_t block,
-                      BlockChecks& checks);
+// Compares the block that was decoded last with its check values: nullptr when they agree, otherwise what does
+// not. Decoding never looks at them, so that it can be tested with bytes of any kind.
+const char* block_fault(const BlockDecoder& decoder, const CompressedTableInfo& info);
 
 }  // namespace quelmar

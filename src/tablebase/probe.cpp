@@ -1,6 +1,7 @@
 #include "tablebase/probe.h"
 
 #include "board/position.h"
+#include "protocol/dialect.h"
 #include "protocol/settings.h"
 #include "tablebase/block_cache.h"
 #include "tablebase/catalogue.h"
@@ -8,6 +9,7 @@
 #include "tablebase/registry.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace quelmar {
 
@@ -15,6 +17,7 @@ int tb_max_men = 0;
 
 namespace {
 
+constexpr int MAX_CACHE_MB = sizeof(void*) > 4 ? 65536 : 1024;
 constexpr int MATED_VALUE = -32766, MATE_IN_ONE_VALUE = 32766;
 // A narrow entry of 1..126 counts from here. The two lowest bytes extend the range by one move each way.
 constexpr int NARROW_OFFSET = 32640;
@@ -66,12 +69,34 @@ bool collect_men(Side side, SideSquares& men, u8* counts) {
     return true;
 }
 
+// The square that the last move skipped. A double step that can be answered en passant has an entry of its
+// own, often with another result; where no pawn stands ready the index passes over the square. Entries do not
+// ask whether the capture is legal: with a pinned pawn both have the same value.
+int skipped_square() {
+    const Square square = position.current().ep_square;
+    return square == 0 ? NO_EP_SQUARE : index_of_square[static_cast<std::size_t>(square)];
+}
+
 // Moves to mate become plies from the root.
 Score score_of(int value) {
     if (value == 0)
         return 0;
     const int plies = value > 0 ? 1 + 2 * (MATE_IN_ONE_VALUE - value) : 2 * (value - MATED_VALUE);
     return value > 0 ? MATE_SCORE - plies - position.search_ply : -MATE_SCORE + plies + position.search_ply;
+}
+
+std::size_t cache_bytes() {
+    return static_cast<std::size_t>(settings.tb_cache_mb) << 20;
+}
+
+// As much of settings.tb_cache_mb as there is, which is written back; nullptr when there is not even one.
+void* allocate_cache() {
+    void* memory = try_allocate_table_memory(cache_bytes());
+    while (memory == nullptr && settings.tb_cache_mb > 1) {
+        settings.tb_cache_mb /= 2;
+        memory = try_allocate_table_memory(cache_bytes());
+    }
+    return memory;
 }
 
 }  // namespace
@@ -82,11 +107,17 @@ void setup_tablebases() {
     free_table_memory(cache_memory);
     cache_memory = nullptr;
     tb_max_men = init_tablebases(settings.tb_path);
-    if (tb_max_men == 0)
-        return;
-    const std::size_t bytes = static_cast<std::size_t>(std::max(settings.tb_cache_mb, 0)) << 20;
-    cache_memory = allocate_table_memory(bytes);
-    init_block_cache(cache_memory, bytes);
+    const int wanted_mb = settings.tb_cache_mb;
+    settings.tb_cache_mb = std::clamp(wanted_mb, 1, MAX_CACHE_MB);
+    if (tb_max_men > 0)
+        cache_memory = allocate_cache();
+    if (settings.tb_cache_mb != wanted_mb)
+        std::printf("%s tbcache of %d MB is not available, using %d MB\n", comment_head(), wanted_mb,
+                    settings.tb_cache_mb);
+    if (cache_memory != nullptr)
+        init_block_cache(cache_memory, cache_bytes());
+    else if (tb_max_men > 0)
+        std::printf("%s no memory for the cache, no table is used\n", comment_head());
 }
 
 int read_table_value(int number, Side side, u32 index) {
@@ -110,9 +141,8 @@ bool probe_tablebase(Score& score_out) {
     const Side side = exchanged ? other_side(position.side_to_move) : position.side_to_move;
     if (!table_record(number, side).registered())
         return false;
-    // The tables do not know how a pawn got where it stands: no en-passant square.
     const u32 index = table_index(number, side, men[exchanged ? BLACK : WHITE],
-                                  men[exchanged ? WHITE : BLACK], NO_EP_SQUARE, exchanged ? 1 : 0);
+                                  men[exchanged ? WHITE : BLACK], skipped_square(), exchanged ? 1 : 0);
     const int value = read_table_value(number, side, index);
     if (value == NO_VALUE)
         return false;

@@ -8,8 +8,8 @@ namespace quelmar {
 extern int tb_max_men;  // most men, kings included, of any registered table; 0 without tables
 
 // Registers the tables found along settings.tb_path and allocates the block cache of settings.tb_cache_mb;
-// what an earlier call had taken is given back. Sets tb_max_men. A broken table file ends the process with a
-// message and exit status 1.
+// what an earlier call had taken is given back. Sets tb_max_men. A cache size that cannot be had is clamped,
+// written back and told in a comment of the active protocol. For broken table files see init_tablebases.
 void setup_tablebases();
 
 // Looks the current position up. On success writes the score (of the side to move, relative to search_ply)

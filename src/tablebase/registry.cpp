@@ -1,12 +1,13 @@
 #include "tablebase/registry.h"
 
+#include "protocol/dialect.h"
 #include "tablebase/catalogue.h"
 #include "tablebase/index.h"
 
 #include <algorithm>
-#include <cstdarg>
 #include <cstdlib>
 #include <new>
+#include <string>
 #include <sys/stat.h>
 
 namespace quelmar {
@@ -16,12 +17,22 @@ std::array<std::array<TableRecord, 2>, ENDING_COUNT> records;
 BlockDecoder workspace;
 int compressed_files = 0;  // registered since the program started
 
-[[noreturn, gnu::format(printf, 1, 2)]] void fail(const char* format, ...) {
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vprintf(format, arguments);
-    va_end(arguments);
+[[noreturn]] void fail(const std::string& message) {
+    std::fputs(message.c_str(), stdout);
     std::exit(1);
+}
+
+// A file that cannot be right: `message` ends the program, unless it plays on without the table, for `reason`.
+// Always false.
+bool refuse_table(const TableString& path, const std::string& message, const std::string& reason) {
+    if (!dialect.plays_on_without_table)
+        fail(message);
+    std::printf("%s %s is left out: %s\n", comment_head(), path.c_str(), reason.c_str());
+    return false;
+}
+
+std::string quote(const char* before, const TableString& path, const std::string& after) {
+    return std::string(before).append(path).append(after);
 }
 
 // A tree of ten levels, one per count. A node is the largest count it knows and then, per count, where the
@@ -77,68 +88,100 @@ MaterialCounts material_of(int number, std::size_t white) {
     return counts;
 }
 
-void enter_material(int number, const char* path) {
+bool enter_material(int number, const TableString& path) {
     for (const std::size_t white : {0u, 1u}) {
         i32* const leaf = material_tree().find(material_of(number, white));
         if (leaf == nullptr)
-            fail("*** Unable to register %s\n", path);
+            return refuse_table(path, quote("*** Unable to register ", path, "\n"), "nobody can have such men");
         // An ending that equals its exchange of colours is looked up for the side that is to move.
         const bool is_own_exchange = white == 1 && material_of(number, 0) == material_of(number, 1);
         if (!is_own_exchange)
             *leaf = white == 0 ? number : -number;
     }
+    return true;
 }
 
-[[noreturn]] void fail_unreadable(const char* path, int code) {
-    switch (error_class(code)) {
-    case FILE_NO_MEMORY:
-        fail("*** Unable to read %s - out of memory", path);
-    case FILE_READ_ERROR:
-        fail("*** Unable to read %s - read error", path);
-    case FILE_MALFORMED:
-        fail("*** Unable to read %s - file broken", path);
-    default:
-        fail("*** Unable to read %s - error %d\n", path, code);
-    }
+// A file found for a table, while it is judged.
+struct Candidate {
+    TableString path;
+    FileHandle file;
+    bool compressed = false;
+    std::unique_ptr<CompressedTableInfo> info;  // of a compressed one
+    i64 entries = 0;
+};
+
+bool corrupted(const Candidate& candidate, const std::string& reason) {
+    return refuse_table(candidate.path, quote("*** ", candidate.path, " corrupted\n"), reason);
 }
 
-i64 count_plain_entries(std::FILE* file, const char* path, const Ending& table, Side side) {
-    if (table.wide)
-        return table.entry_count[static_cast<std::size_t>(side)];
-    if (fseeko(file, 0, SEEK_END) != 0)
-        fail("*** Seek in %s failed\n", path);
-    return ftello(file);
+// Bytes, -1 when they cannot be told.
+i64 length_of(std::FILE* file) {
+    return fseeko(file, 0, SEEK_END) == 0 ? ftello(file) : -1;
 }
 
-i64 count_compressed_entries(std::FILE* file, const char* path, const Ending& table,
-                             std::unique_ptr<CompressedTableInfo>& info) {
+bool read_header(Candidate& candidate) {
     ++compressed_files;
-    info.reset(new (std::nothrow) CompressedTableInfo);
-    const int code = info ? read_compressed_header(file, *info) : FILE_NO_MEMORY;
-    if (code != FILE_OK)
-        fail_unreadable(path, code);
-    if (info->block_size != TABLE_BLOCK_SIZE)
-        fail("*** %s: Unsupported block size %u\n", path, info->block_size);
-    const i64 bytes = (i64{info->block_count} - 1) * TABLE_BLOCK_SIZE + info->last_block_length;
-    return table.wide ? bytes / 2 : bytes;
+    candidate.info.reset(new (std::nothrow) CompressedTableInfo);
+    const int code =
+        candidate.info ? read_compressed_header(candidate.file.get(), *candidate.info) : FILE_NO_MEMORY;
+    const char* const words = error_words(code);
+    if (words != nullptr)
+        return refuse_table(candidate.path,
+                            quote("*** Unable to read ", candidate.path, " - ").append(words), words);
+    const u32 block_size = candidate.info->block_size;
+    if (block_size != TABLE_BLOCK_SIZE)
+        return refuse_table(
+            candidate.path,
+            quote("*** ", candidate.path, ": Unsupported block size " + std::to_string(block_size) + "\n"),
+            "its blocks have " + std::to_string(block_size) + " bytes");
+    return true;
+}
+
+bool count_entries(Candidate& candidate, const Ending& table, Side side) {
+    const u32 expected = table.entry_count[static_cast<std::size_t>(side)];
+    if (candidate.compressed) {
+        const CompressedTableInfo& info = *candidate.info;
+        const i64 bytes = (i64{info.block_count} - 1) * TABLE_BLOCK_SIZE + info.last_block_length;
+        candidate.entries = table.wide ? bytes / 2 : bytes;
+    } else {
+        candidate.entries = table.wide ? i64{expected} : length_of(candidate.file.get());
+        if (candidate.entries < 0)
+            return refuse_table(candidate.path, quote("*** Seek in ", candidate.path, " failed\n"),
+                                "its length cannot be told");
+    }
+    if (expected != 0 && candidate.entries != i64{expected})
+        return corrupted(candidate, "it has " + std::to_string(candidate.entries) + " entries instead of " +
+                                        std::to_string(expected));
+    return true;
+}
+
+// A packed file ends with its last block: one that was cut or has grown is not what was packed.
+bool ends_with_last_block(const Candidate& candidate) {
+    if (!candidate.compressed)
+        return true;
+    const i64 length = length_of(candidate.file.get());
+    const auto expected = static_cast<i64>(candidate.info->file_size());
+    return length == expected || corrupted(candidate, "it has " + std::to_string(length) +
+                                                          " bytes instead of " + std::to_string(expected));
 }
 
 // Finds the table's file under one of its names, the plain one first.
-FileHandle find_table_file(std::string_view directory, int number, Side side, TableString& path,
-                           bool& compressed) {
+bool find_table_file(std::string_view directory, int number, Side side, Candidate& candidate) {
     const char* const letter = side == WHITE ? "w" : "b";
     for (const auto& [before, after] :
          {std::pair{".nb", ""}, {".nb", ".emd"}, {"_nb", ".emd"}, {"nb", ".emd"}}) {
+        TableString& path = candidate.path;
         path = directory;
         if (!directory.empty())
             path += '/';
         path += ending(number).name;
         path.append(before).append(letter).append(after);
-        compressed = *after != '\0';
-        if (FileHandle file = open_table_file(path.c_str()))
-            return file;
+        candidate.compressed = *after != '\0';
+        candidate.file = open_table_file(path.c_str());
+        if (candidate.file)
+            return true;
     }
-    return nullptr;
+    return false;
 }
 
 void forget_everything() {
@@ -151,25 +194,32 @@ void forget_everything() {
 
 }  // namespace
 
+std::vector<std::string_view> table_directories(std::string_view path_list) {
+    std::vector<std::string_view> directories;
+    for (std::size_t from = 0; from <= path_list.size();) {
+        const std::size_t to = std::min(path_list.find_first_of(",;:", from), path_list.size());
+        directories.push_back(path_list.substr(from, to - from));
+        from = to + 1;
+    }
+    return directories;
+}
+
 int init_tablebases(std::string_view path_list) {
     build_index_tables();
     material_tree();
     forget_everything();
     int highest = 0;
-    for (std::size_t from = 0; from <= path_list.size();) {
-        const std::size_t to = std::min(path_list.find_first_of(",;:", from), path_list.size());
-        const std::string_view directory = path_list.substr(from, to - from);
+    for (const std::string_view directory : table_directories(path_list))
         for (int number = 1; number <= ENDING_COUNT; ++number) {
             bool found = register_table(directory, number, WHITE);
             if (!ending(number).symmetric)
                 found |= register_table(directory, number, BLACK);
             highest = found ? std::max(highest, number) : highest;
         }
-        from = to + 1;
-    }
     if (compressed_files > 0)
-        if (const int code = create_block_decoder(TABLE_BLOCK_SIZE, workspace); code != FILE_OK)
-            fail("*** Cannot allocate decode block: error code %d\n", code);
+        if (const int code = create_block_decoder(TABLE_BLOCK_SIZE, workspace);
+            code != FILE_OK && !dialect.plays_on_without_table)
+            fail("*** Cannot allocate decode block: error code " + std::to_string(code) + "\n");
     return men_of_ending(highest);
 }
 
@@ -177,23 +227,25 @@ bool register_table(std::string_view directory, int number, Side side) {
     TableRecord& table = table_record(number, side);
     if (table.registered())
         return true;
-    TableString path;
-    bool compressed = false;
-    const FileHandle file = find_table_file(directory, number, side, path, compressed);
-    if (!file)
+    Candidate found;
+    if (!find_table_file(directory, number, side, found) || (found.compressed && !read_header(found)) ||
+        !count_entries(found, ending(number), side) || !ends_with_last_block(found) ||
+        !enter_material(number, found.path))
         return false;
-    std::unique_ptr<CompressedTableInfo> info;
-    const i64 count = compressed ? count_compressed_entries(file.get(), path.c_str(), ending(number), info)
-                                 : count_plain_entries(file.get(), path.c_str(), ending(number), side);
-    const u32 expected = ending(number).entry_count[static_cast<std::size_t>(side)];
-    if (expected != 0 && count != i64{expected})
-        fail("*** %s corrupted\n", path.c_str());
-    enter_material(number, path.c_str());
-    table.path = path;
+    table.path = std::move(found.path);
     table.block_directory.assign(BLOCK_CHAINS, 0);
-    table.decoder_info = std::move(info);
-    table.entry_count = narrow<u32>(count);
+    table.decoder_info = std::move(found.info);
+    table.entry_count = narrow<u32>(found.entries);
     return true;
+}
+
+int count_registered_tables() {
+    int count = 0;
+    for (const auto& sides : records)
+        count += static_cast<int>(std::count_if(sides.begin(), sides.end(), [](const TableRecord& table) {
+            return table.registered();
+        }));
+    return count;
 }
 
 int ending_by_material(const MaterialCounts& counts) {
@@ -206,7 +258,8 @@ TableRecord& table_record(int number, Side side) {
     return records[static_cast<std::size_t>(number - 1)][static_cast<std::size_t>(table_side)];
 }
 
-void forget_table(TableRecord& table) {
+void drop_table(TableRecord& table, const char* reason) {
+    std::printf("%s %s is left out from now on: %s\n", comment_head(), table.path.c_str(), reason);
     table.file.reset();
     table.path.clear();
 }

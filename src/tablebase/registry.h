@@ -31,9 +31,12 @@ struct TableRecord {
 // Men of White and of Black beside the kings: pawns, knights, bishops, rooks, queens.
 using MaterialCounts = std::array<u8, 10>;
 
-// Forgets all tables and registers those that the directories hold. Names are separated by ',', ';' or ':',
-// an empty name is the current directory. Returns the most men of any table found, 0 without tables. A table
-// that cannot be right ends the process with a message and exit status 1.
+// The names in a list of directories, separated by ',', ';' or ':'; an empty one is the current directory.
+std::vector<std::string_view> table_directories(std::string_view path_list);
+
+// Forgets all tables and registers those that the directories hold. Returns the most men of any table found,
+// 0 without tables. A table that cannot be right ends the process with a message and exit status 1, or is
+// left out with a comment in the active protocol, as the dialect says.
 int init_tablebases(std::string_view path_list);
 
 // Looks for one table; true if it is registered now. The first directory that holds it wins.
@@ -46,8 +49,11 @@ int ending_by_material(const MaterialCounts& counts);
 // The record that serves this ending and side to move.
 TableRecord& table_record(int ending, Side side);
 
-// The table does not count as registered from now on.
-void forget_table(TableRecord& table);
+int count_registered_tables();  // files, that is
+
+// The table, which must be registered, does not count as such from now on; a comment in the active protocol
+// says so.
+void drop_table(TableRecord& table, const char* reason);
 
 // Opens a regular file for reading bytes; empty when that fails.
 FileHandle open_table_file(const char* path);

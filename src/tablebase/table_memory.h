@@ -10,6 +10,8 @@ namespace quelmar {
 
 // Uninitialised memory. On failure prints a message and ends the process with exit status 1.
 void* allocate_table_memory(std::size_t bytes);
+// nullptr when there is not so much.
+void* try_allocate_table_memory(std::size_t bytes);
 void free_table_memory(void* memory);
 
 // Bytes asked for since the program started.
