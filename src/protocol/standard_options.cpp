@@ -225,7 +225,8 @@ void set_standard_option(std::string_view arguments) {
         option->set(*number);
     } else {
         tell("option " + std::string(option->name) + " does not take the value " + excerpt(value) +
-             (option->kind == Kind::STRING ? ", longer than " + std::to_string(TB_PATH_MAX) + " characters" : ""));
+             (option->kind == Kind::STRING ? ", longer than " + std::to_string(TB_PATH_MAX) + " characters"
+                                           : ""));
     }
 }
 

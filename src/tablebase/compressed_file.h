@@ -110,8 +110,8 @@ int read_compressed_block(BlockDecoder& decoder, const CompressedTableInfo& info
 // Decodes the block that was read last into the output. Afterwards output_length bytes are there.
 int decode_block(BlockDecoder& decoder, const CompressedTableInfo& info);
 
-// Compares the block that was decoded last with its check values: nullptr when they agree, otherwise what does
-// not. Decoding never looks at them, so that it can be tested with bytes of any kind.
+// Compares the block that was decoded last with its check values: nullptr when they agree, otherwise what
+// does not. Decoding never looks at them, so that it can be tested with bytes of any kind.
 const char* block_fault(const BlockDecoder& decoder, const CompressedTableInfo& info);
 
 }  // namespace quelmar

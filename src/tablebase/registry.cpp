@@ -22,8 +22,8 @@ int compressed_files = 0;  // registered since the program started
     std::exit(1);
 }
 
-// A file that cannot be right: `message` ends the program, unless it plays on without the table, for `reason`.
-// Always false.
+// A file that cannot be right: `message` ends the program, unless it plays on without the table, for
+// `reason`. Always false.
 bool refuse_table(const TableString& path, const std::string& message, const std::string& reason) {
     if (!dialect.plays_on_without_table)
         fail(message);
@@ -92,7 +92,8 @@ bool enter_material(int number, const TableString& path) {
     for (const std::size_t white : {0u, 1u}) {
         i32* const leaf = material_tree().find(material_of(number, white));
         if (leaf == nullptr)
-            return refuse_table(path, quote("*** Unable to register ", path, "\n"), "nobody can have such men");
+            return refuse_table(path, quote("*** Unable to register ", path, "\n"),
+                                "nobody can have such men");
         // An ending that equals its exchange of colours is looked up for the side that is to move.
         const bool is_own_exchange = white == 1 && material_of(number, 0) == material_of(number, 1);
         if (!is_own_exchange)
@@ -126,8 +127,8 @@ bool read_header(Candidate& candidate) {
         candidate.info ? read_compressed_header(candidate.file.get(), *candidate.info) : FILE_NO_MEMORY;
     const char* const words = error_words(code);
     if (words != nullptr)
-        return refuse_table(candidate.path,
-                            quote("*** Unable to read ", candidate.path, " - ").append(words), words);
+        return refuse_table(candidate.path, quote("*** Unable to read ", candidate.path, " - ").append(words),
+                            words);
     const u32 block_size = candidate.info->block_size;
     if (block_size != TABLE_BLOCK_SIZE)
         return refuse_table(
@@ -242,9 +243,8 @@ bool register_table(std::string_view directory, int number, Side side) {
 int count_registered_tables() {
     int count = 0;
     for (const auto& sides : records)
-        count += static_cast<int>(std::count_if(sides.begin(), sides.end(), [](const TableRecord& table) {
-            return table.registered();
-        }));
+        count += static_cast<int>(std::count_if(sides.begin(), sides.end(),
+                                                [](const TableRecord& table) { return table.registered(); }));
     return count;
 }
 

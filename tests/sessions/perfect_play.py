@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 """With endgame tables the engine mates in the number of moves it announces, and loses as late as it can.
 
-    perfect_play.py QUELMAR TBPROBE TBMAKE [TABLES]
+    perfect_play.py QUELMAR TBPROBE TBMAKE [TABLES | pawns]
 
 Without TABLES, a directory, the three-men tables are made and played; with it, ten endings of up to four men, twenty
-positions each. Every move is held against the tables' own numbers.
+positions each. Every move is held against the tables' own numbers. With "pawns", which takes half a minute of an
+optimised tbmake, pawn against pawn is made too and played where the capture en passant decides.
 """
 
 import random
@@ -16,6 +17,14 @@ from engine import Engine, Failure
 
 SHORT = ("KQvK", "KRvK", "KPvK")
 LONG = ("KRvK", "KPvK", "KBBvK", "KBNvK", "KQvKR", "KRvKN", "KRvKB", "KQvKP", "KRvKP", "KPPvK", "KQvKQ", "KBPvK")
+# Won, but not by the double step: the answer en passant draws.
+DOUBLE_STEPS = (
+    "8/8/8/8/p7/8/1P3k2/2K5 w - -",
+    "8/8/8/8/p6k/8/1P6/3K4 w - -",
+    "8/8/8/8/2p1K3/8/1P4k1/8 w - -",
+    "8/8/8/8/5p2/8/6P1/2k3K1 w - -",
+    "8/8/8/8/1p6/8/K1P4k/8 w - -",
+)
 DEPTH = 8  # plies; enough that the answers to every root move are looked up, even where lopsided material costs depth
 
 
@@ -92,9 +101,13 @@ def play_out(engine, tables, fen):
 
 def main(quelmar, tbprobe, tbmake, path=None):
     dice = random.Random(20)
+    pawns = path is not None
+    path = None if path == "pawns" else path
     with tempfile.TemporaryDirectory() as made:
         if path is None:
             subprocess.run([tbmake, "make-all", "3", "--dir", made, "--quiet"], check=True)
+            if pawns:
+                subprocess.run([tbmake, "make", "kpkp", "--dir", made, "--quiet"], check=True)
         tables = Tables(tbprobe, path or made)
         games = 0
         with Engine(quelmar) as engine:
@@ -104,6 +117,9 @@ def main(quelmar, tbprobe, tbmake, path=None):
                 for fen in random_positions(dice, tables, ending, 20 if path else 4):
                     play_out(engine, tables, fen)
                     games += 1
+            for fen in DOUBLE_STEPS if pawns else ():
+                play_out(engine, tables, fen)
+                games += 1
         tables.process.stdin.close()
         tables.process.wait()
     print("%d games played as the tables say" % games)

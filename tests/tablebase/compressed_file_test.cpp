@@ -144,12 +144,20 @@ TEST(CompressedFile, BlockChecksMatchContent) {
     const File file = open_bytes(bytes);
     CompressedTableInfo info;
     ASSERT_EQ(read_compressed_header(file.get(), info), FILE_OK);
-    BlockChecks checks;
-    ASSERT_EQ(read_block_checks(file.get(), info, 1, checks), FILE_OK);
-    EXPECT_EQ(checks.decoded, checksum({content.data() + 8192, content.size() - 8192}));
-    const std::size_t last = info.compressed_length(1);
-    EXPECT_EQ(checks.compressed, checksum({bytes.data() + bytes.size() - last, last}));
-    EXPECT_EQ(error_class(read_block_checks(file.get(), info, 2, checks)), FILE_BAD_CALL);
+    EXPECT_EQ(info.file_size(), bytes.size());
+    BlockDecoder decoder;
+    ASSERT_EQ(create_block_decoder(info.block_size, decoder), FILE_OK);
+    Bytes output(info.block_size);
+    set_output(decoder, output.data());
+    ASSERT_EQ(read_compressed_block(decoder, info, file.get(), 1), FILE_OK);
+    ASSERT_EQ(decode_block(decoder, info), FILE_OK);
+    EXPECT_EQ(info.checks[1].decoded, checksum({content.data() + 8192, content.size() - 8192}));
+    EXPECT_EQ(block_fault(decoder, info), nullptr);
+    ++info.checks[1].decoded;
+    EXPECT_NE(block_fault(decoder, info), nullptr);
+    --info.checks[1].decoded;
+    ++info.checks[1].compressed;
+    EXPECT_NE(block_fault(decoder, info), nullptr);
 }
 
 // The table's first entry: a byte 0 runs through eight steps with the reversed test.

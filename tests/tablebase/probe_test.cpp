@@ -1,5 +1,7 @@
 #include "board/position.h"
+#include "protocol/dialect.h"
 #include "protocol/settings.h"
+#include "protocol/standard_options.h"
 #include "support/block_packer.h"
 #include "support/engine.h"
 #include "tablebase/block_cache.h"
@@ -12,6 +14,8 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <limits>
+#include <regex>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -78,6 +82,16 @@ protected:
     static int value(const std::string& name, Side side, u32 index) {
         return read_table_value(ending_by_name(name), side, index);
     }
+    // What the program prints meanwhile.
+    template <typename Action> static std::string said_while(Action action) {
+        ::testing::internal::CaptureStdout();
+        action();
+        std::fflush(stdout);
+        return ::testing::internal::GetCapturedStdout();
+    }
+    static bool is_line(const std::string& said, const std::string& pattern) {
+        return std::regex_match(said, std::regex(pattern + "\n"));
+    }
     // What loading prints before it ends the process.
     void expect_fatal(const std::string& pattern) const {
         EXPECT_EXIT(
@@ -92,8 +106,8 @@ private:
     fs::path directory_;
 };
 
-u32 index_in(const char* name, Side side, std::initializer_list<int> first,
-             std::initializer_list<int> second) {
+u32 index_in(const char* name, Side side, std::initializer_list<int> first, std::initializer_list<int> second,
+             int ep_square = NO_EP_SQUARE) {
     // Squares in the order of the letters, king first; kinds once each.
     std::array<SideSquares, 2> men;
     for (std::size_t group = 0; group < 2; ++group) {
@@ -105,7 +119,7 @@ u32 index_in(const char* name, Side side, std::initializer_list<int> first,
                 men[group].men[kind - 1][men[group].count[kind - 1]++] =
                     static_cast<u8>(*(squares.begin() + next++));
     }
-    return table_index(ending_by_name(name), side, men[0], men[1], NO_EP_SQUARE, 0);
+    return table_index(ending_by_name(name), side, men[0], men[1], ep_square, 0);
 }
 
 TEST_F(Tables, WithoutFilesThereAreNone) {
@@ -157,6 +171,9 @@ TEST_F(Tables, BrokenFilesAreFatal) {
     damaged[90] ^= 1;
     const Bytes small_blocks = pack(content, 12);
     content.push_back(0);
+    const Bytes cut(packed.begin(), packed.end() - 1);
+    Bytes grown = packed;
+    grown.push_back(0);
     Bytes other_banner = packed;
     other_banner[5] = 7;
     const struct {
@@ -170,19 +187,52 @@ TEST_F(Tables, BrokenFilesAreFatal) {
         {"kqk.nbw.emd", damaged, "\\*\\*\\* Unable to read .*/kqk.nbw.emd - file broken"},
         {"kqk.nbw.emd", other_banner, "\\*\\*\\* Unable to read .*/kqk.nbw.emd - read error"},
         {"kqk_nbw.emd", Bytes(packed.begin(), packed.begin() + 85), "kqk_nbw.emd - read error"},
+        {"kqk.nbw.emd", cut, "\\*\\*\\* .*/kqk.nbw.emd corrupted"},
+        {"kqk.nbw.emd", grown, "\\*\\*\\* .*/kqk.nbw.emd corrupted"},
         {"kqk.nbw.emd", small_blocks, "\\*\\*\\* .*/kqk.nbw.emd: Unsupported block size 4096"},
     };
     for (const auto& [file, bytes, pattern] : cases) {
         write(file, bytes);
         expect_fatal(pattern);
+        dialect.plays_on_without_table = true;
+        write_table("krk", WHITE, "krk.nbw");
+        const std::string said = said_while([this] { EXPECT_EQ(load(), 3); });
+        EXPECT_TRUE(is_line(said, "# .*/" + std::string(file) + " is left out: .+")) << said;
+        EXPECT_TRUE(!has("kqk", WHITE) && has("krk", WHITE)) << pattern;
+        dialect.plays_on_without_table = false;
         fs::remove(path(file));
     }
 }
 
-TEST_F(Tables, CacheLargerThanMemoryIsFatal) {
+TEST_F(Tables, TheStandardFaceTellsWhatItHas) {
+    const auto told = [this](const std::string& option, const std::string& folder) {
+        return said_while([&] { set_standard_option("name " + option + " value " + folder); });
+    };
+    for (const char* file : {"a/kqk.nbw", "a/kqk.nbb", "b/knkn.nbw"})
+        write_table(std::string_view(file).substr(2, std::string_view(file).find('.') - 2),
+                    file[std::string_view(file).size() - 1] == 'w' ? WHITE : BLACK, file);
+    const std::string a = path("a").string(), b = path("b").string(), none = path("none").string();
+    EXPECT_EQ(told("NalimovPath", a), "info string 2 tables of up to 3 men in " + a + "\n");
+    EXPECT_EQ(told("NalimovPath", b), "info string 1 table of up to 4 men in " + b + "\n");
+    EXPECT_EQ(told("NalimovPath", none),
+              "info string there is no directory " + none + "\ninfo string no tables in " + none + "\n");
+    EXPECT_EQ(told("NalimovCache", "2"),
+              "info string there is no directory " + none + "\ninfo string no tables in " + none + "\n");
+    EXPECT_NE(told("NalimovPath", std::string(258, 'x')).find("longer than 257 characters"),
+              std::string::npos);
+    EXPECT_EQ(settings.tb_path, none);
+}
+
+TEST_F(Tables, CacheSizesAreClamped) {
     write_table("kqk", WHITE, "kqk.nbw");
-    settings.tb_cache_mb = 2147483647;
-    expect_fatal("\\*\\*\\* Cannot allocate 2251799812636672 bytes of memory");
+    for (const int megabytes : {0, -5, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+        settings.tb_cache_mb = megabytes;
+        const std::string said = said_while([this] { EXPECT_EQ(load(), 3); });
+        EXPECT_EQ(said, "# tbcache of " + std::to_string(megabytes) + " MB is not available, using " +
+                            std::to_string(settings.tb_cache_mb) + " MB\n");
+        EXPECT_TRUE(megabytes > 0 ? settings.tb_cache_mb > 1 : settings.tb_cache_mb == 1);
+        EXPECT_NE(value("kqk", WHITE, 1), NO_VALUE);
+    }
 }
 
 TEST_F(Tables, ValuesBecomeScores) {
@@ -248,6 +298,39 @@ TEST_F(Tables, ExchangedColoursAreMirrored) {
     EXPECT_EQ(black, 2 * value("kpkp", BLACK, index_in("kpkp", BLACK, {20, 9}, {35, 30})) - 35533);
 }
 
+// Directly after a double step the capture en passant is part of the position.
+TEST_F(Tables, DoubleStepsHaveEntriesOfTheirOwn) {
+    for (const Side side : {WHITE, BLACK})
+        write_table("kpkp", side, side == WHITE ? "kpkp.nbw" : "kpkp.nbb");
+    ASSERT_EQ(load(), 4);
+    const struct {
+        const char *fen, *move;
+        Side side;  // whose table is asked
+        std::initializer_list<int> first, second;
+        int ep_square;
+    } cases[] = {
+        {"8/8/8/8/p7/8/1P3k2/2K5 w - -", "b2b4", BLACK, {2, 25}, {13, 24}, 17},
+        {"8/8/8/8/p6k/8/1P6/3K4 w - -", "b2b4", BLACK, {3, 25}, {31, 24}, 17},
+        {"8/8/8/8/2p1K3/8/1P4k1/8 w - -", "b2b4", BLACK, {28, 25}, {14, 26}, 17},
+        {"8/8/8/8/5p2/8/6P1/2k3K1 w - -", "g2g4", BLACK, {6, 30}, {2, 29}, 22},
+        {"8/8/8/8/1p6/8/K1P4k/8 w - -", "c2c4", BLACK, {8, 26}, {15, 25}, 18},
+        {"2k5/1p3K2/8/P7/8/8/8/8 b - -", "b7b5", WHITE, {53, 32}, {58, 33}, 41},
+        {"8/2p5/8/1P6/8/7K/8/k7 b - -", "c7c5", WHITE, {23, 33}, {0, 34}, 42},
+        {"8/8/8/8/2p5/8/P4k2/2K5 w - -", "a2a4", BLACK, {2, 24}, {13, 26}, NO_EP_SQUARE},  // out of reach
+        {"8/8/8/8/p7/1P6/5k2/2K5 w - -", "b3b4", BLACK, {2, 25}, {13, 24}, NO_EP_SQUARE},  // one step
+    };
+    for (const auto& test : cases) {
+        set_up(test.fen);
+        play(test.move);
+        position.search_ply = 0;
+        Score score = 0;
+        ASSERT_TRUE(probe_tablebase(score)) << test.fen;
+        const int expected =
+            value("kpkp", test.side, index_in("kpkp", test.side, test.first, test.second, test.ep_square));
+        EXPECT_EQ(score, expected == 0 ? 0 : 2 * expected - 35533) << test.fen;
+    }
+}
+
 TEST_F(Tables, MaterialWithoutATableIsNotFound) {
     write_table("kqk", WHITE, "kqk.nbw");
     ASSERT_EQ(load(), 3);
@@ -297,15 +380,6 @@ TEST_F(Tables, CacheReplacesTheOldestBlock) {
         value("knkn", WHITE, i * 7919 % 196 * TABLE_BLOCK_SIZE);
 }
 
-TEST_F(Tables, CacheOfNothingMeansNoValues) {
-    write_table("kqk", WHITE, "kqk.nbw");
-    for (const int megabytes : {0, -5}) {
-        settings.tb_cache_mb = megabytes;
-        EXPECT_EQ(load(), 3);
-        EXPECT_EQ(value("kqk", WHITE, 1), NO_VALUE);
-    }
-}
-
 TEST_F(Tables, FilesThatGoBadAreDropped) {
     const auto reload = [&] {
         for (const char* name : {"kqk", "krk"})
@@ -331,6 +405,36 @@ TEST_F(Tables, FilesThatGoBadAreDropped) {
     EXPECT_NE(value("kbk", WHITE, 6), NO_VALUE);
     EXPECT_EQ(value("kbk", WHITE, 27242), NO_VALUE);
     EXPECT_FALSE(has("kbk", WHITE));
+}
+
+// Whatever byte of the blocks or of their check values is wrong: no wrong value, and one line.
+TEST_F(Tables, DamagedBlocksDropTheirTable) {
+    const Bytes content = table_content("kbk", WHITE), packed = pack(content);
+    const std::size_t index_size = std::size_t{packed[66]} << 8 | packed[67];
+    constexpr std::size_t CHECKS = 80, BLOCKS = 4;
+    std::vector<std::size_t> places;
+    for (std::size_t at = CHECKS; at < CHECKS + BLOCKS * 8; at += 4)
+        places.push_back(at);
+    for (std::size_t at = index_size; at < packed.size(); at += packed.size() / 150)
+        places.push_back(at);
+    for (const std::size_t at : places) {
+        Bytes damaged = packed;
+        damaged[at] ^= 0x10;
+        seal_index(damaged, index_size);
+        write("kbk.nbw.emd", damaged);
+        ASSERT_EQ(load(), 3);
+        std::size_t lost = 0;
+        const std::string said = said_while([&] {
+            for (u32 index = 40; index < content.size(); index += TABLE_BLOCK_SIZE) {
+                const int found = value("kbk", WHITE, index);
+                lost += found == NO_VALUE;
+                EXPECT_TRUE(found == NO_VALUE || found == (content[index] == 0 ? 0 : content[index] + 32640));
+            }
+        });
+        EXPECT_GT(lost, 0U) << at;
+        EXPECT_FALSE(has("kbk", WHITE)) << at;
+        EXPECT_TRUE(is_line(said, "# .*/kbk.nbw.emd is left out from now on: .+")) << said;
+    }
 }
 
 int open_files() {
