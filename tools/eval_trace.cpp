@@ -10,12 +10,15 @@
 #include "board/position.h"
 #include "board/setup.h"
 #include "eval/exchange.h"
+#include "protocol/command_line.h"
 #include "protocol/settings.h"
 
 #include <cstdio>
 #include <cstdlib>
 
 using namespace quelmar;
+
+static constexpr char USAGE[] = "usage: eval_trace \"FEN\" [style 0..3]\n";
 
 static void print_row(const EvalTrace::Row& row) {
     std::printf("%-20s %7d %7d %8d %7d %8d %7d\n", row.term, row.white.mg, row.white.eg, row.black.mg,
@@ -43,8 +46,10 @@ static void print_trace(const EvalTrace& trace) {
 }
 
 int main(int argc, char** argv) {
+    if (const auto status = status_of_options({argv, static_cast<std::size_t>(argc)}, USAGE))
+        return *status;
     if (argc < 2 || argc > 3) {
-        std::fprintf(stderr, "usage: eval_trace \"FEN\" [style 0..3]\n");
+        std::fputs(USAGE, stderr);
         return 1;
     }
     init_hash_keys();

@@ -5,6 +5,7 @@
 #include "board/generate.h"
 #include "board/hash_keys.h"
 #include "board/setup.h"
+#include "protocol/command_line.h"
 
 #include <chrono>
 #include <cstdio>
@@ -14,6 +15,7 @@ using namespace quelmar;
 namespace {
 
 constexpr int MAX_DEPTH = 60;
+constexpr char USAGE[] = "usage: perft \"FEN\" DEPTH\n";
 
 u64 timed_perft(const char* name, int depth, void (*generate)()) {
     const auto start = std::chrono::steady_clock::now();
@@ -27,9 +29,11 @@ u64 timed_perft(const char* name, int depth, void (*generate)()) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    if (const auto status = status_of_options({argv, static_cast<std::size_t>(argc)}, USAGE))
+        return *status;
     const int depth = argc == 3 ? std::atoi(argv[2]) : 0;
     if (depth < 1 || depth > MAX_DEPTH) {
-        std::fprintf(stderr, "usage: perft \"FEN\" DEPTH\n");
+        std::fputs(USAGE, stderr);
         return 1;
     }
     init_hash_keys();

@@ -12,6 +12,7 @@
 #include "board/hash_keys.h"
 #include "board/setup.h"
 #include "eval/exchange.h"
+#include "protocol/command_line.h"
 #include "protocol/protocol_state.h"
 #include "search/search.h"
 #include "search/search_state.h"
@@ -28,6 +29,7 @@ using namespace quelmar;
 namespace {
 
 constexpr int QUICK_PLIES_LESS = 3;
+constexpr char USAGE[] = "usage: signature [--check FILE | --quick FILE | --write FILE]\n";
 
 struct Sample {
     int depth;  // iterations
@@ -53,7 +55,7 @@ constexpr Sample SAMPLES[] = {
     {9, "4b3/p3kp2/6p1/3pP2p/2pP1P2/4K1P1/P3N2P/8 w -"},
     {9, "r3r1k1/ppqb1ppp/8/4p1NQ/8/2P5/PP3PPP/R3R1K1 b -"},
     // Chess960
-    {9, "bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w HFhf"},
+    {9, "bqnb1rkr/pp3ppp/3ppn2/2p5/5P2/P2P4/NPP1P1PP/BQ1BNRKR w -"},
     {9, "nrbkqbrn/pppppppp/8/8/8/8/PPPPPPPP/NRBKQBRN w KQkq"},
     {9, "rkbqnbnr/pppp1ppp/8/4p3/2P5/8/PP1PPPPP/RKBQNBNR w KQkq"},
     {7, "1rqbkrbn/1ppppp1p/1n6/p1N3p1/8/2P4P/PP1PPPP1/1RQBKRBN w KQkq"},
@@ -169,6 +171,9 @@ bool agrees(u64 total, unsigned long long expected) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    if (const auto status = status_of_options({argv, static_cast<std::size_t>(argc)}, USAGE,
+                                              {"--check=", "--quick=", "--write="}))
+        return *status;
     const std::string_view what = argc == 3 ? argv[1] : "";
     start_engine();
     if (argc == 1)
@@ -179,6 +184,6 @@ int main(int argc, char* argv[]) {
         return agrees(search_all(QUICK_PLIES_LESS), recorded_totals(argv[2]).quick) ? 0 : 1;
     if (what == "--write")
         return record(argv[2]) ? 0 : 1;
-    std::fprintf(stderr, "usage: signature [--check FILE | --quick FILE | --write FILE]\n");
+    std::fputs(USAGE, stderr);
     return 1;
 }

@@ -1,4 +1,5 @@
 // Makes, packs and checks endgame tables.
+#include "protocol/command_line.h"
 #include "tablebase/catalogue.h"
 #include "tablemaker/compress.h"
 #include "tablemaker/error.h"
@@ -171,6 +172,9 @@ Invocation parse(const std::vector<std::string>& words) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (const auto status = status_of_options({argv, static_cast<std::size_t>(argc)}, USAGE,
+                                              {"--dir=", "--jobs=", "--compress", "--quiet"}))
+        return *status;
     const std::vector<std::string> words(argv + 1, argv + argc);
     const auto command =
         std::find_if(std::begin(COMMANDS), std::end(COMMANDS),

@@ -8,6 +8,7 @@
 #include "board/setup.h"
 #include "eval/attacks.h"
 #include "protocol/dialect.h"
+#include "protocol/command_line.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "tablebase/probe.h"
@@ -20,6 +21,8 @@
 using namespace quelmar;
 
 namespace {
+
+constexpr char USAGE[] = "usage: tbprobe PATH <positions\n";
 
 // Sets up "FEN moves e2e4 ..."; false when a move is none of the position.
 bool set_up(const std::string& line) {
@@ -56,10 +59,13 @@ std::string answer_to(const std::string& line) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+    if (const auto status = status_of_options({argv, static_cast<std::size_t>(argc)}, USAGE))
+        return *status;
     if (argc != 2) {
-        std::fprintf(stderr, "usage: tbprobe PATH <positions\n");
+        std::fputs(USAGE, stderr);
         return 1;
     }
+    greet_terminal(argv[0], "waits for positions, one per line");
     init_hash_keys();
     settings.tb_path = argv[1];
     setup_tablebases();

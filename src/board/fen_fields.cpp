@@ -29,30 +29,30 @@ bool is_rook_of(Side side, Square square) {
     return position.at(square) == man_of(side, ROOK);
 }
 
-// The first or the last rook of `side` that is met from its king to the edge of the board, 0 if there is
-// none.
-enum class Met { FIRST, LAST };
-Square rook_beside_king(std::size_t castling, Met which) {
+bool king_on_back_rank(Side side) {
+    return rank_of(position.king_square(side)) == (side == WHITE ? 0 : 7);
+}
+
+// 0 if there is none.
+Square rook_beside_king(std::size_t castling, RookMeant meant) {
     const Side side = side_of_castling(castling);
+    if (meant == RookMeant::OUTERMOST && !king_on_back_rank(side))
+        return 0;
     const int step = castling % 2 == 0 ? 1 : -1;
     Square found = 0;
     for (Square square = position.king_square(side) + step; is_playing_square(square); square += step) {
         if (!is_rook_of(side, square))
             continue;
         found = square;
-        if (which == Met::FIRST)
+        if (meant == RookMeant::NEAREST)
             break;
     }
     return found;
 }
 
-bool king_on_back_rank(Side side) {
-    return rank_of(position.king_square(side)) == (side == WHITE ? 0 : 7);
-}
-
 void allow_rook_on_file(CastlingRooks& rooks, Side side, int file) {
     const Square king = position.king_square(side), rook = king - file_of(king) + file;
-    if (is_rook_of(side, rook))
+    if (king_on_back_rank(side) && is_rook_of(side, rook))
         rooks[2 * static_cast<std::size_t>(side) + (rook > king ? 0 : 1)] = rook;
 }
 
@@ -77,31 +77,19 @@ FenFields split_fen_fields(std::string_view text) {
     return fields;
 }
 
-CastlingRooks nearest_castling_rooks(std::string_view field) {
+CastlingRooks castling_rooks(std::string_view field, RookMeant meant) {
     CastlingRooks rooks{};
-    for (const char letter : field) {
-        const std::size_t castling = CASTLING_LETTERS.find(letter);
-        if (castling != std::string_view::npos)
-            rooks[castling] = rook_beside_king(castling, Met::FIRST);
-    }
-    return rooks;
-}
-
-CastlingRooks named_castling_rooks(std::string_view field) {
-    CastlingRooks rooks{};
+    // An operation of an EPD line without a castling field ("bm") names no rooks.
+    const bool has_files = field.find_first_not_of("KQkqABCDEFGHabcdefgh") == std::string_view::npos;
     for (const char letter : field) {
         const std::size_t castling = CASTLING_LETTERS.find(letter);
         const std::size_t white_file = WHITE_FILES.find(letter), black_file = BLACK_FILES.find(letter);
         if (castling != std::string_view::npos)
-            rooks[castling] = rook_beside_king(castling, Met::LAST);
-        else if (white_file != std::string_view::npos)
+            rooks[castling] = rook_beside_king(castling, meant);
+        else if (has_files && white_file != std::string_view::npos)
             allow_rook_on_file(rooks, WHITE, static_cast<int>(white_file));
-        else if (black_file != std::string_view::npos)
+        else if (has_files && black_file != std::string_view::npos)
             allow_rook_on_file(rooks, BLACK, static_cast<int>(black_file));
-    }
-    for (std::size_t castling = 0; castling < rooks.size(); ++castling) {
-        if (!king_on_back_rank(side_of_castling(castling)))
-            rooks[castling] = 0;
     }
     return rooks;
 }

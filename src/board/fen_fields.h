@@ -18,11 +18,12 @@ FenFields split_fen_fields(std::string_view text);
 // without its rook is dropped. The functions that find them need board and piece lists.
 using CastlingRooks = std::array<Square, 4>;
 
-// KQkq mean the rooks nearest to the king, other letters nothing.
-CastlingRooks nearest_castling_rooks(std::string_view field);
+// Which of several rooks on one side of the king a letter of KQkq means.
+enum class RookMeant { NEAREST, OUTERMOST };
 
-// KQkq mean the outermost rooks, file letters (A to H for White, a to h for Black) the rook on that file.
-CastlingRooks named_castling_rooks(std::string_view field);
+// KQkq, or file letters (A to H for White, a to h for Black) for the rook on that file. For outermost rooks,
+// and in all file letters, the king has to stand on its back rank.
+CastlingRooks castling_rooks(std::string_view field, RookMeant meant);
 
 // The square that the field names if the last move can have been the double step over it, otherwise 0. Needs
 // the side to move as well.

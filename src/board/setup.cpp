@@ -118,10 +118,10 @@ void set_castling(const CastlingRooks& rooks) {
 // What stands behind the side to move, as far as the dialect reads it.
 void read_fields(const FenFields& fields) {
     if (!dialect.reads_whole_fen) {
-        set_castling(nearest_castling_rooks(fields.castling));
+        set_castling(castling_rooks(fields.castling, RookMeant::NEAREST));
         return;
     }
-    set_castling(named_castling_rooks(fields.castling));
+    set_castling(castling_rooks(fields.castling, RookMeant::OUTERMOST));
     position.current().ep_square = narrow<u8>(possible_en_passant(fields.en_passant));
     position.current().halfmove_clock = read_halfmove_clock(fields.halfmove_clock);
 }

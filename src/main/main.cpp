@@ -3,6 +3,7 @@
 #include "board/hash_keys.h"
 #include "eval/exchange.h"
 #include "protocol/benchmark.h"
+#include "protocol/command_line.h"
 #include "protocol/epd_test.h"
 #include "protocol/game_loop.h"
 #include "protocol/input.h"
@@ -10,6 +11,7 @@
 #include "protocol/startup.h"
 #include "protocol/xboard.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <span>
@@ -18,6 +20,14 @@
 using namespace quelmar;
 
 namespace {
+
+constexpr char USAGE[] =
+    "usage: quelmar                    play: xboard protocol, UCI after \"uci\"\n"
+    "       quelmar bench              measure the speed, for five minutes\n"
+    "       quelmar test FILE SECONDS  search every position of an EPD file\n"
+    "       quelmar --help | --version\n"
+    "A chess engine for clients that speak xboard; for UCI clients there is quelmar-uci.\n"
+    "Settings are read from quelmar.ini; the manual page quelmar(6) tells everything.\n";
 
 enum class Mode { PLAY, BENCHMARK, EPD_TEST, USAGE_ERROR };
 
@@ -41,6 +51,9 @@ int main(int argc, char** argv) {
 
     prepare_standard_streams();
     end_when_memory_runs_out();
+    // Whatever else stands first belongs to a mode, or nobody looks at it.
+    if (answers_question(arguments.first(std::min<std::size_t>(arguments.size(), 2)), USAGE))
+        return EXIT_SUCCESS;
     if (mode == Mode::USAGE_ERROR) {
         std::fprintf(stderr, "usage: %s test FILE SECONDS\n", arguments[0]);
         return EXIT_FAILURE;
@@ -60,6 +73,7 @@ int main(int argc, char** argv) {
         run_epd_test(arguments[2], arguments[3]);
         return EXIT_SUCCESS;
     default:
+        greet_terminal(arguments[0], "a chess engine that waits for commands of the xboard protocol");
         game_loop();
     }
 }

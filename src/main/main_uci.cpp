@@ -2,6 +2,7 @@
 
 #include "board/hash_keys.h"
 #include "eval/exchange.h"
+#include "protocol/command_line.h"
 #include "protocol/input.h"
 #include "protocol/standard_uci.h"
 #include "protocol/startup.h"
@@ -9,8 +10,16 @@
 
 using namespace quelmar;
 
-int main() {
+static constexpr char USAGE[] =
+    "usage: quelmar-uci [--help | --version]\n"
+    "A chess engine for clients that speak UCI, on standard input and output.\n"
+    "Settings are read from quelmar.ini; the manual page quelmar-uci(6) tells everything.\n";
+
+int main(int argc, char** argv) {
     prepare_standard_streams();
+    const std::span<char*> arguments{argv, static_cast<std::size_t>(argc)};
+    if (const auto status = status_of_options(arguments, USAGE))
+        return *status;
     end_when_memory_runs_out();
     adopt_standard_dialect();
     init_hash_keys();
@@ -18,5 +27,6 @@ int main() {
     load_settings();
     new_game();
     open_input(EndOfInput::QUITS);
+    greet_terminal(arguments[0], "a chess engine that waits for commands of UCI");
     run_standard_uci();
 }

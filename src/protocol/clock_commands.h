@@ -1,21 +1,34 @@
 // The xboard commands that set clocks. All write every entry of the position stack up to the current one, so
 // that moves taken back find the new values too. Arguments that cannot be read
-// change nothing, nor do time controls with negative numbers.
+// change nothing, nor do time controls with negative numbers. Seconds
+// take fractions where it says so.
 #pragma once
 
 #include "board/types.h"
 
+#include <optional>
 #include <string_view>
 
 namespace quelmar {
 
-// "time" and "otim": the side has `centiseconds` left, a decimal number.
-void set_time_left(Side side, std::string_view centiseconds);
+// The argument of "time" and "otim" in milliseconds; nothing when it is no number.
+std::optional<i32> read_centiseconds(std::string_view text);
 
-// "level": "MOVES MINUTES[:SECONDS] INCREMENT"; 0 moves: the whole game.
+// `side` has so many milliseconds left.
+void set_time_left(Side side, i32 ms);
+
+// Forgets what "time" and "otim" have said: a "go" changes no clock then.
+void forget_times();
+
+// "level": "MOVES MINUTES[:SECONDS] INCREMENT", the increment in seconds with a fraction; 0 moves: the whole
+// game.
 void set_level(std::string_view arguments);
 
-// "st": a fixed number of seconds for every move.
+// "st": a fixed number of seconds, with a fraction, for every move.
 void set_seconds_per_move(std::string_view seconds);
+
+// "sd": so many iterations for every move, whatever the clock says; below 1 changes nothing. Ended by
+// "level", "st" and a new game, which finds the time control from before.
+void set_depth(std::string_view iterations);
 
 }  // namespace quelmar

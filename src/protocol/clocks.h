@@ -26,11 +26,14 @@ struct TimeControl {
     i32 kind = CLOCK_WHOLE_GAME;
     i32 moves_per_control = 0;
     i32 base_ms = 300000;
-    i32 depth_limit = 0;
+    i32 depth_limit = 0;  // iterations; above 0 it holds instead of `kind`, which is kept for the next game
     i32 increment_ms = 0;
 
     // A clock that has just been set to this control.
-    SideClock fresh_clock() const { return {kind, moves_per_control, base_ms, depth_limit, increment_ms}; }
+    SideClock fresh_clock() const {
+        return {depth_limit > 0 ? CLOCK_FIXED_DEPTH : kind, moves_per_control, base_ms, depth_limit,
+                increment_ms};
+    }
 };
 
 extern TimeControl time_control;  // defined in protocol_state.cpp

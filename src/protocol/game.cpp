@@ -2,6 +2,7 @@
 
 #include "board/make_move.h"
 #include "board/position.h"
+#include "protocol/clock_commands.h"
 #include "protocol/protocol_state.h"
 #include "search/search.h"
 #include "search/time_control.h"
@@ -33,6 +34,8 @@ void charge_clock() {
     const bool charged = protocol_state.clock_running && plies >= UNCHARGED_PLIES;
     update_clocks_after_move(charged ? elapsed_since(protocol_state.last_clock_stamp) : 0);
     protocol_state.last_clock_stamp = clock_ms();
+    if (protocol_state.clock_running)
+        forget_times();
 }
 
 void run_search() {

@@ -5,6 +5,7 @@
 
 #include "board/types.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,8 @@ struct ProtocolState {
     Move user_move;                             // last move parsed by parse_move; empty when from = 0
     i32 last_clock_stamp = 0;                   // clock_ms at the last charge
     int resign_count = 0;                       // consecutive engine moves that met the resign test
+    // What "time" and "otim" said last, until the next move of a running game makes it old.
+    std::optional<i32> engine_time_ms, opponent_time_ms;
 };
 
 extern ProtocolState protocol_state;  // defined in protocol_state.cpp

@@ -1,6 +1,7 @@
 #include "protocol/text_values.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 
 namespace quelmar {
@@ -69,6 +70,23 @@ std::optional<i64> take_big_number(std::string_view& text) {
 std::optional<i32> take_number(std::string_view& text) {
     const auto number = take_big_number(text);
     return number ? std::optional(clamp_to_i32(*number)) : std::nullopt;
+}
+
+std::optional<i32> take_thousandths(std::string_view& text) {
+    std::string_view rest = skip_space(text);
+    const bool negative = rest.starts_with('-');
+    const bool has_only_fraction = rest.size() > 1 && rest[0] == '.' && is_digit(rest[1]);
+    const auto whole = has_only_fraction ? std::optional<i64>(0) : take_big_number(rest);
+    if (!whole)
+        return std::nullopt;
+    i64 thousandths = 1000 * std::abs(*whole);
+    if (rest.starts_with('.')) {
+        rest.remove_prefix(1);
+        for (i64 place = 100; !rest.empty() && is_digit(rest.front()); rest.remove_prefix(1), place /= 10)
+            thousandths += place * (rest.front() - '0');
+    }
+    text = rest;
+    return clamp_to_i32(negative ? -thousandths : thousandths);
 }
 
 i32 clamp_to_i32(i64 value) {

@@ -31,6 +31,9 @@ std::optional<i32> take_number(std::string_view& text);
 // The same without the narrow limits: numbers are cut off where no amount reaches, at 2^40.
 std::optional<i64> take_big_number(std::string_view& text);
 
+// A decimal number with or without a fraction ("2", "0.5", ".05") in thousandths, of which no more is kept.
+std::optional<i32> take_thousandths(std::string_view& text);
+
 // Takes the next word, which ends before white space, off the front of `text`; empty at the end.
 std::string_view take_word(std::string_view& text);
 

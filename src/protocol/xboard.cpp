@@ -9,6 +9,7 @@
 #include "board/position.h"
 #include "board/setup.h"
 #include "eval/evaluate.h"
+#include "eval/game_result.h"
 #include "protocol/benchmark.h"
 #include "protocol/clock_commands.h"
 #include "protocol/clocks.h"
@@ -54,6 +55,11 @@ void assign_engine(Side side) {
 void leave_running_game() {
     state.clock_running = false;
     state.ponder_state = NOT_PONDERING;
+}
+
+void stop_pondering() {
+    if (pondering())
+        state.abort_search = true;
 }
 
 void switch_to_uci(std::string_view) {
@@ -136,6 +142,18 @@ void analyze(std::string_view) {
     leave_running_game();
 }
 
+// Clients expect an engine that waits then, and say "go" when it shall play again.
+void leave_analysis(std::string_view) {
+    if (!state.analyze_mode)
+        return;
+    if (state.searching) {
+        stop_search_for("exit\n");
+        return;
+    }
+    state.analyze_mode = false;
+    state.force_mode = true;
+}
+
 void analysis_status(std::string_view) {
     if (state.analyze_mode)
         print_stat01();
@@ -143,10 +161,23 @@ void analysis_status(std::string_view) {
 
 void easy(std::string_view) {
     state.easy_mode = true;
+    stop_pondering();
 }
 
 void hard(std::string_view) {
     state.easy_mode = false;
+}
+
+Side engine_side() {
+    return state.engine_white ? WHITE : BLACK;
+}
+
+// Sets the clocks to what "time" and "otim" have said since they were given out for good.
+void give_out_times() {
+    if (state.engine_time_ms)
+        set_time_left(engine_side(), *state.engine_time_ms);
+    if (state.opponent_time_ms)
+        set_time_left(other_side(engine_side()), *state.opponent_time_ms);
 }
 
 // While the engine ponders, "go" means that it shall move for the opponent, which needs the ponder move off
@@ -161,23 +192,35 @@ void go(std::string_view) {
     state.force_mode = false;
     state.clock_running = true;
     assign_engine(side_to_play());
+    give_out_times();
 }
 
-Side engine_side() {
-    return state.engine_white ? WHITE : BLACK;
+// The times are those of the engine and of its opponent. Clients send them before a "go" as well, which says
+// only then which colours these are.
+void keep_time(std::optional<i32>& time_ms, std::string_view centiseconds) {
+    if (const auto ms = read_centiseconds(centiseconds))
+        time_ms = ms;
+    if (!state.force_mode && !state.analyze_mode)
+        give_out_times();
 }
 
 void engine_time(std::string_view centiseconds) {
-    set_time_left(engine_side(), centiseconds);
+    keep_time(state.engine_time_ms, centiseconds);
 }
 
 void opponent_time(std::string_view centiseconds) {
-    set_time_left(other_side(engine_side()), centiseconds);
+    keep_time(state.opponent_time_ms, centiseconds);
 }
 
+// A game that had ended goes on from a position in which it has not. What has been claimed already and still
+// holds is not claimed again.
 void take_back(int moves) {
-    for (; moves > 0 && position.usable && position.game_ply > 0; --moves)
+    if (!position.usable || position.game_ply == 0)
+        return;
+    for (; moves > 0 && position.game_ply > 0; --moves)
         take_back_game_move();
+    if (state.game_over && game_state() == RESULT_NONE)
+        state.game_over = false;
 }
 
 void undo(std::string_view) {
@@ -253,6 +296,14 @@ void set_board(std::string_view fen) {
     leave_running_game();
 }
 
+// A game that has ended leaves nothing to ponder on.
+void result(std::string_view) {
+    if (!pondering())
+        return;
+    stop_pondering();
+    state.ponder_move = {};
+}
+
 void hint(std::string_view) {
     if (state.ponder_move.from != 0)
         std::printf("Hint: %s\n", move_text(state.ponder_move).c_str());
@@ -291,10 +342,12 @@ constexpr Command COMMANDS[] = {
     {"usermove",  9, AT_ONCE,      usermove},
     {"ping",      5, AT_ONCE,      ping},
     {"draw",      5, AT_ONCE,      ignore},
-    {"result",    7, AT_ONCE,      ignore},
+    {"result",    7, AT_ONCE,      result},
     {"computer",  9, AT_ONCE,      computer},
     {"setboard",  9, AFTER_SEARCH, set_board},
     {"hint",      5, AT_ONCE,      hint},
+    {"exit",      5, AT_ONCE,      leave_analysis},
+    {"sd",        3, AT_ONCE,      set_depth},
 };
 // clang-format on
 
@@ -327,6 +380,7 @@ void dispatch_xboard_during_search(std::string_view line) {
 }
 
 void new_game() {
+    time_control.depth_limit = 0;
     parse_fen(START_FEN);
     state.force_mode = false;
     state.analyze_mode = false;
@@ -338,6 +392,8 @@ void new_game() {
     state.random_mode = false;
     state.abort_search = false;
     state.ponder_state = NOT_PONDERING;
+    state.ponder_move = {};
+    forget_times();
     search_state.last_score = 0;
     search_state.iteration = 0;
     reset_search();

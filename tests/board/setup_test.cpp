@@ -57,7 +57,11 @@ TEST_F(SetupText, CastlingGeometry) {
         {"bqnbrkrn/pppppppp/8/8/8/8/PPPPPPPP/BQNBRKRN w KQkq - 0 1", 0, {G1, E1, G8, E8}},
         {"4k3/8/8/8/8/8/8/R5KR w KQ", 12, {H1, A1, 0, 0}},
         {"4k3/8/8/8/8/8/8/1R1RK3 w KQ", 13, {0, D1, 0, 0}},
-        {"4k3/8/8/8/8/8/8/R3K2R w HAha bm Qd5;", 15, {0, 0, 0, 0}},
+        {"4k3/8/8/8/8/8/8/R3K2R w HAha bm Qd5;", 12, {H1, A1, 0, 0}},
+        {"1r2k3/8/8/8/8/8/8/RR2K1RR w GBb - 0 1", 4, {G1, B1, 0, B8}},
+        {"1r2k3/8/8/8/8/8/8/RR2K1RR w KAk - 0 1", 12, {G1, A1, 0, 0}},
+        {"1r2k3/8/8/8/8/8/8/4K2R w Hbm", 15, {0, 0, 0, 0}},
+        {"1r2k3/8/8/8/4K2R/8/8/8 w Hb", 7, {0, 0, 0, B8}},
         {"r3k2r/8/8/8/8/8/8/R3K2R b Kq e3 bm Qk;", 6, {H1, 0, 0, A8}},
     };
     for (const Case& c : cases) {

@@ -1,0 +1,65 @@
+#include "protocol/command_line.h"
+
+#include "protocol/protocol_state.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <unistd.h>
+
+namespace quelmar {
+
+namespace {
+
+constexpr int UNKNOWN_OPTION = 2;  // exit status
+
+std::string name_of(std::string_view program) {
+    return std::string(program.substr(program.rfind('/') + 1));
+}
+
+}  // namespace
+
+bool answers_question(std::span<char* const> arguments, const char* usage) {
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        const std::string_view word = arguments[i];
+        const bool asks_for_version = word == "-V" || word == "--version";
+        if (asks_for_version)
+            std::printf("%s (%s) %s\n", name_of(arguments[0]).c_str(), ENGINE_NAME, ENGINE_VERSION);
+        else if (word == "-h" || word == "--help")
+            std::fputs(usage, stdout);
+        else
+            continue;
+        return true;
+    }
+    return false;
+}
+
+std::optional<int> status_of_options(std::span<char* const> arguments, const char* usage,
+                                     std::initializer_list<std::string_view> known) {
+    if (answers_question(arguments, usage))
+        return EXIT_SUCCESS;
+    for (std::size_t i = 1; i < arguments.size(); ++i) {
+        const std::string word = arguments[i];
+        if (!word.starts_with('-'))
+            continue;
+        if (std::find(known.begin(), known.end(), word + "=") != known.end()) {
+            ++i;
+        } else if (std::find(known.begin(), known.end(), word) == known.end()) {
+            const std::string name = name_of(arguments[0]);
+            std::fprintf(stderr, "%s: unknown option %s; %s --help tells more\n", name.c_str(), word.c_str(),
+                         name.c_str());
+            return UNKNOWN_OPTION;
+        }
+    }
+    return std::nullopt;
+}
+
+void greet_terminal(std::string_view program, const char* what) {
+    const std::string name = name_of(program);
+    if (::isatty(STDIN_FILENO) == 1)
+        std::fprintf(stderr, "%s %s: %s; %s --help tells more\n", ENGINE_NAME, ENGINE_VERSION, what,
+                     name.c_str());
+}
+
+}  // namespace quelmar
