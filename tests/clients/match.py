@@ -38,6 +38,7 @@ def read_arguments() -> argparse.Namespace:
     parser.add_argument("--first-uci", action="store_true")
     parser.add_argument("--second-uci", action="store_true")
     parser.add_argument("--first-must-win", action="store_true", help="any other result is a failure")
+    parser.add_argument("--must-castle", action="store_true", help="both sides, in every game")
     parser.add_argument("--screenshot", type=float, default=0.0, help="seconds until a picture of the screen is taken")
     parser.add_argument("--keep", type=pathlib.Path, help="folder for the records (default: kept only on failure)")
     parser.add_argument("--setting", action="append", default=[], help='line of quelmar.ini, such as "resign yes"')
@@ -50,9 +51,7 @@ def engine(command: str, is_uci: bool, must_exist: bool) -> xboard.Engine:
     found = shutil.which(program, path=xboard.SEARCH_PATH)
     if not found and must_exist:
         sys.exit(f"{program}: no such program")
-    # An engine that takes KQkq only: all games start from set-ups with every castling allowed.
-    fields = "" if is_uci else "KQkq -"
-    return xboard.Engine(" ".join([os.path.abspath(found) if found else program, *rest]), fields, is_uci)
+    return xboard.Engine(" ".join([os.path.abspath(found) if found else program, *rest]), is_uci)
 
 
 def games_not_won_by_first(games: list[records.Game]) -> list[str]:
@@ -62,7 +61,13 @@ def games_not_won_by_first(games: list[records.Game]) -> list[str]:
             if game.result != wanted[number % 2]]
 
 
-def run(match: xboard.Match, folder: pathlib.Path, first_must_win: bool) -> list[str]:
+def games_without_castling(games: list[records.Game]) -> list[str]:
+    return [f"game {number}: {side} has not castled" for number, game in enumerate(games, 1)
+            for begin, side in enumerate(("White", "Black"))
+            if not any(move.startswith("O-O") for move in game.moves[begin::2])]
+
+
+def run(match: xboard.Match, folder: pathlib.Path, given: argparse.Namespace) -> list[str]:
     """Plays, prints the summary and returns the failures."""
     trouble = []
     try:
@@ -71,8 +76,10 @@ def run(match: xboard.Match, folder: pathlib.Path, first_must_win: bool) -> list
         trouble.append(str(reason))
     verdict = records.judge(folder, match.games, match.first == match.second)
     failures = trouble + verdict.failures
-    if first_must_win:
+    if given.first_must_win:
         failures += games_not_won_by_first(verdict.games)
+    if given.must_castle:
+        failures += games_without_castling(verdict.games)
     if (folder / "screen.xwd").exists():
         screenshot.convert(folder / "screen.xwd", folder / "screen.png")
         (folder / "screen.xwd").unlink()
@@ -104,7 +111,7 @@ def main() -> int:
     for old in ("games.pgn", "debug.log", "xboard.err", "screen.png"):
         (folder / old).unlink(missing_ok=True)
     load_before = os.getloadavg()[0]
-    failures = run(match, folder, given.first_must_win)
+    failures = run(match, folder, given)
     print(f"load average {load_before:.1f} before, {os.getloadavg()[0]:.1f} after, {os.cpu_count()} processors")
     if failures or given.keep:
         print("records in", folder)

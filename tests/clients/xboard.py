@@ -33,9 +33,6 @@ class Trouble(Exception):
 @dataclass
 class Engine:
     command: str
-    # Replaces castling and en-passant fields of the FENs that this engine gets. xboard names castling rooks by their
-    # files in Chess960, which an engine that reads only KQkq takes for no castling at all.
-    fen_fields: str = ""
     is_uci: bool = False
 
 
@@ -178,8 +175,6 @@ def xboard_command(match: Match, folder: pathlib.Path, engine_folder: pathlib.Pa
         opening.write_text(match.opening)
         command += ["-loadGameFile", str(opening), "-loadGameIndex", "1", "-timeDelay", "0"]
     for prefix, engine in (("first", match.first), ("second", match.second)):
-        if engine.fen_fields:
-            command += [f"-{prefix}NeedsNoncompliantFEN", engine.fen_fields]
         if engine.is_uci:
             command += [f"-{prefix}IsUCI", "true"]
     return command + match.xboard_options

@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
-"""The other side goes away: its writing end, its reading end, or it never was there.
+"""The other side goes away: its writing end, its reading end, or it never was there. Or it is a person.
 
-    ends.py QUELMAR
+    ends.py QUELMAR [OTHER PROGRAM ...]
 """
 
+import os
+import pty
 import signal
+import subprocess
 import sys
 
 from engine import Engine, Failure
@@ -70,8 +73,32 @@ def batch_without_input(program, close_input):
         engine.await_match("^ *3 ")
 
 
+def command_line(program):
+    """Questions are answered on standard output, unknown options refused, and a terminal is told what it looks at."""
+    def run(*arguments, terminal=False):
+        master, slave = pty.openpty()
+        os.write(master, b"quit\n\x04")
+        ran = subprocess.run([program, *arguments], stdin=slave if terminal else subprocess.DEVNULL, text=True,
+                             capture_output=True, timeout=60, check=False)
+        os.close(master)
+        os.close(slave)
+        return ran.returncode, ran.stdout, ran.stderr
+
+    name = os.path.basename(program)
+    for option, begin in (("-h", "usage: " + name), ("--help", "usage: " + name), ("-V", name), ("--version", name)):
+        status, said, errors = run(option)
+        if status or errors or not said.startswith(begin):
+            sys.exit("%s %s: %s" % (name, option, (status, said, errors)))
+    if run("--nonsense")[0] != (0 if name == "quelmar" else 2):
+        sys.exit(name + ": wrong status for an unknown option")
+    if name.startswith("quelmar") and (run()[2] or "--help" not in run(terminal=True)[2]):
+        sys.exit(name + ": no word to a terminal, or one to a pipe")
+
+
 def main():
     program = sys.argv[1]
+    for other in sys.argv[1:]:
+        command_line(other)
     for state in STATES:
         for check in (input_ends, output_ends):
             try:
