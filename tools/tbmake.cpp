@@ -4,13 +4,15 @@
 #include "tablemaker/compress.h"
 #include "tablemaker/error.h"
 #include "tablemaker/maker.h"
+#include "tablemaker/requirements.h"
 #include "tablemaker/table_file.h"
 #include "tablemaker/verify.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <functional>
+#include <map>
+#include <thread>
 
 namespace {
 
@@ -26,15 +28,19 @@ constexpr char USAGE[] = "usage: tbmake make ENDING...     make tables and all t
                          "       tbmake stats ENDING...    count the entries, tell the longest wins\n"
                          "options: --dir D     directory of the tables, default the current one\n"
                          "         --compress  make compressed tables\n"
-                         "         --jobs N    threads, default 2\n"
+                         "         --jobs N    threads, default one per processor\n"
                          "         --quiet     no progress on standard error\n";
 
-constexpr int SMALLEST_MEN = 3;
+constexpr int SMALLEST_MEN = 3, MOST_JOBS = 256;
+
+int processors() {
+    return std::clamp(static_cast<int>(std::thread::hardware_concurrency()), 1, MOST_JOBS);
+}
 
 struct Invocation {
     std::vector<std::string> arguments;  // after the command
     std::filesystem::path directory = ".";
-    Maker::Options making{false, 2, true};
+    Maker::Options making{false, processors(), true};
 };
 
 [[noreturn]] void fail(const std::string& what) {
@@ -50,10 +56,12 @@ int number_in(const std::string& text, int least, int most) {
 }
 
 int ending_called(const std::string& name) {
-    const int number = ending_by_name(name);
-    if (number == 0)
-        fail("there is no ending '" + name + "'");
-    return number;
+    if (const int number = ending_by_name(name))
+        return number;
+    const std::optional<Men> men = men_named(name);
+    const int meant = men ? ending_of(*men) : 0;
+    fail("there is no ending '" + name + "'" +
+         (meant == 0 ? "" : "; it is called " + std::string(ending(meant).name)));
 }
 
 bool men_at_most(int number, int men) {
@@ -61,81 +69,115 @@ bool men_at_most(int number, int men) {
 }
 
 void make(const Invocation& invocation) {
-    Maker maker(invocation.directory, invocation.making);
+    std::vector<int> endings;
     for (const std::string& name : invocation.arguments)
-        maker.make(ending_called(name));
+        endings.push_back(ending_called(name));
+    Maker(invocation.directory, invocation.making).make(endings);
 }
 
 void make_all(const Invocation& invocation) {
-    Maker maker(invocation.directory, invocation.making);
+    std::vector<int> endings;
     for (const std::string& men : invocation.arguments)
         for (int number = 1; number <= ENDING_COUNT; ++number)
             if (men_at_most(number, number_in(men, SMALLEST_MEN, static_cast<int>(MAX_MEN))))
-                maker.make(number);
+                endings.push_back(number);
+    Maker(invocation.directory, invocation.making).make(endings);
+}
+
+// The directory of a file that is named by itself or with a path.
+std::filesystem::path directory_of(const std::string& name) {
+    const std::filesystem::path directory = std::filesystem::path(name).parent_path();
+    return directory.empty() ? "." : directory;
+}
+
+// Sees that every directory has room for what is written beside these files, `part` of their tables' sizes.
+void require_room_beside(const std::vector<std::string>& names, u64 divisor) {
+    std::map<std::filesystem::path, u64> bytes;
+    for (const std::string& name : names)
+        bytes[directory_of(name)] += table_size(name) / divisor;
+    for (const auto& [directory, needed] : bytes)
+        require_room(directory, needed);
+}
+
+void compress_file(const std::string& name, const Workers& workers) {
+    const std::vector<u8> table = read_table(name);
+    if (table.empty())
+        fail(name + ": is empty");
+    const std::vector<u8> packed = compress_table(table, workers);
+    write_file(name + ".emd", packed);
+    std::printf("%s: %zu bytes, packed %zu\n", name.c_str(), table.size(), packed.size());
 }
 
 void compress(const Invocation& invocation) {
-    for (const std::string& name : invocation.arguments) {
+    for (const std::string& name : invocation.arguments)
         if (is_compressed_name(name))
             fail(name + ": is compressed already");
-        const std::vector<u8> table = read_table(name);
-        if (table.empty())
-            fail(name + ": is empty");
-        const std::vector<u8> packed = compress_table(table, Workers(invocation.making.threads));
-        write_file(name + ".emd", packed);
-        std::printf("%s: %zu bytes, packed %zu\n", name.c_str(), table.size(), packed.size());
-    }
+    require_room_beside(invocation.arguments, SMALLEST_PACKED_PART);
+    for (const std::string& name : invocation.arguments)
+        with_memory_for(name, memory_to_compress(table_size(name)),
+                        [&] { compress_file(name, Workers(invocation.making.threads)); });
 }
 
 void decompress(const Invocation& invocation) {
-    for (const std::string& name : invocation.arguments) {
+    for (const std::string& name : invocation.arguments)
         if (!is_compressed_name(name))
             fail(name + ": is not compressed");
-        write_file(std::filesystem::path(name).replace_extension(), read_table(name));
-    }
+    require_room_beside(invocation.arguments, 1);
+    for (const std::string& name : invocation.arguments)
+        with_memory_for(name, table_size(name), [&] {
+            write_file(std::filesystem::path(name).replace_extension(), read_table(name));
+        });
 }
 
 void check(const Invocation& invocation) {
     for (const std::string& name : invocation.arguments) {
-        check_table_file(name);
+        with_memory_for(name, table_size(name), [&] { check_table_file(name); });
         std::printf("%s: good\n", name.c_str());
     }
 }
 
+void verify_one(const std::string& name, TableStore& store, const Workers& workers) {
+    const Verification result = verify_ending(store, ending_called(name), workers);
+    for (const std::string& fault : result.first_faults)
+        std::printf("%s: %s\n", name.c_str(), fault.c_str());
+    std::printf("%s: %llu positions, %llu wrong\n", name.c_str(),
+                static_cast<unsigned long long>(result.positions),
+                static_cast<unsigned long long>(result.faults));
+    if (result.faults != 0)
+        fail(name + ": the table contradicts itself");
+    store.forget();
+}
+
 void verify(const Invocation& invocation) {
+    require_directory(invocation.directory);
     TableStore store(invocation.directory);
-    for (const std::string& name : invocation.arguments) {
-        const Verification result =
-            verify_ending(store, ending_called(name), Workers(invocation.making.threads));
-        for (const std::string& fault : result.first_faults)
-            std::printf("%s: %s\n", name.c_str(), fault.c_str());
-        std::printf("%s: %llu positions, %llu wrong\n", name.c_str(),
-                    static_cast<unsigned long long>(result.positions),
-                    static_cast<unsigned long long>(result.faults));
-        if (result.faults != 0)
-            fail(name + ": the table contradicts itself");
-        store.forget();
+    for (const std::string& name : invocation.arguments)
+        with_memory_for(name, memory_to_verify(ending_called(name)),
+                        [&] { verify_one(name, store, Workers(invocation.making.threads)); });
+}
+
+void tell_statistics(const std::string& name, TableStore& store) {
+    const int number = ending_called(name);
+    for (const Side side : {WHITE, BLACK}) {
+        if (side == BLACK && ending(number).symmetric)
+            continue;
+        const TableStatistics table = statistics_of(store.bytes(number, side));
+        std::printf("%s %s to move: %llu won (longest %d), %llu drawn, %llu lost (longest %d), %llu no "
+                    "position\n",
+                    name.c_str(), side == WHITE ? "white" : "black",
+                    static_cast<unsigned long long>(table.wins), table.longest_win,
+                    static_cast<unsigned long long>(table.draws),
+                    static_cast<unsigned long long>(table.losses), table.longest_loss,
+                    static_cast<unsigned long long>(table.illegal));
     }
+    store.forget();
 }
 
 void stats(const Invocation& invocation) {
+    require_directory(invocation.directory);
     TableStore store(invocation.directory);
-    for (const std::string& name : invocation.arguments) {
-        const int number = ending_called(name);
-        for (const Side side : {WHITE, BLACK}) {
-            if (side == BLACK && ending(number).symmetric)
-                continue;
-            const TableStatistics table = statistics_of(store.bytes(number, side));
-            std::printf("%s %s to move: %llu won (longest %d), %llu drawn, %llu lost (longest %d), %llu no "
-                        "position\n",
-                        name.c_str(), side == WHITE ? "white" : "black",
-                        static_cast<unsigned long long>(table.wins), table.longest_win,
-                        static_cast<unsigned long long>(table.draws),
-                        static_cast<unsigned long long>(table.losses), table.longest_loss,
-                        static_cast<unsigned long long>(table.illegal));
-        }
-        store.forget();
-    }
+    for (const std::string& name : invocation.arguments)
+        with_memory_for(name, memory_to_tell(ending_called(name)), [&] { tell_statistics(name, store); });
 }
 
 struct Command {
@@ -156,7 +198,7 @@ Invocation parse(const std::vector<std::string>& words) {
         if (word == "--dir")
             invocation.directory = words[++i];
         else if (word == "--jobs")
-            invocation.making.threads = number_in(words[++i], 1, 256);
+            invocation.making.threads = number_in(words[++i], 1, MOST_JOBS);
         else if (word == "--compress")
             invocation.making.compress = true;
         else if (word == "--quiet")
@@ -169,6 +211,11 @@ Invocation parse(const std::vector<std::string>& words) {
     return invocation;
 }
 
+int refuse_with_usage() {
+    std::fputs(USAGE, stderr);
+    return 2;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -179,13 +226,14 @@ int main(int argc, char** argv) {
     const auto command =
         std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
                      [&](const Command& candidate) { return !words.empty() && words[0] == candidate.name; });
-    if (command == std::end(COMMANDS) || words.size() < 2) {
-        std::fputs(USAGE, stderr);
-        return 2;
-    }
+    if (command == std::end(COMMANDS) || words.size() < 2)
+        return refuse_with_usage();
     try {
+        const Invocation invocation = parse({words.begin() + 1, words.end()});
+        if (invocation.arguments.empty())
+            return refuse_with_usage();
         build_index_tables();
-        command->run(parse({words.begin() + 1, words.end()}));
+        command->run(invocation);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "tbmake: %s\n", error.what());
         return 1;

@@ -60,8 +60,7 @@ std::vector<int> Conversions::endings_below(const Men& men) {
     for_each_change(men, [&](std::size_t victim, std::size_t promoter, Piece promotion) {
         const Men below = men_after(men, victim, promoter, promotion);
         if (below.count > 2)
-            endings.push_back(std::max(ending_by_name(ending_name(below, WHITE)),
-                                       ending_by_name(ending_name(below, BLACK))));
+            endings.push_back(ending_of(below));
     });
     std::sort(endings.begin(), endings.end());
     endings.erase(std::unique(endings.begin(), endings.end()), endings.end());

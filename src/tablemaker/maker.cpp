@@ -3,6 +3,7 @@
 #include "tablebase/catalogue.h"
 #include "tablemaker/compress.h"
 #include "tablemaker/error.h"
+#include "tablemaker/requirements.h"
 #include "tablemaker/solver.h"
 #include "tablemaker/table_file.h"
 
@@ -69,13 +70,19 @@ TableBytes in_table_order(const Solver& solver, int number, const Men& men, Side
 
 }  // namespace
 
-void Maker::make(int number) {
-    if (store_.has(number))
+void Maker::make(const std::vector<int>& endings) {
+    require_directory(store_.directory());
+    const std::vector<int> missing = endings_to_make(store_, endings);
+    if (missing.empty())
         return;
-    const Men men = ending_men(number);
-    for (const int below : Conversions::endings_below(men))
-        make(below);
+    require_room(store_.directory(), bytes_to_write(store_, missing, options_.compress));
     build_index_tables();
+    for (const int number : missing)
+        with_memory_for(std::string(ending(number).name), memory_to_make(number), [&] { make_one(number); });
+}
+
+void Maker::make_one(int number) {
+    const Men men = ending_men(number);
     progress_.start(std::string(ending(number).name));
     {
         Solver solver(store_, men, workers_, progress_);

@@ -24,11 +24,13 @@ public:
         : store_(std::move(directory)), options_(options), workers_(options.threads),
           progress_(options.progress) {}
 
-    // Makes the tables of the ending that the directory does not have yet, and before that those of all
-    // endings it can turn into. Throws TablemakerError.
-    void make(int ending);
+    // Makes the tables of the endings that the directory does not have yet, and before that those of all
+    // endings they can turn into. Throws TablemakerError, before any work if the directory is missing, cannot
+    // be written or has no room for them.
+    void make(const std::vector<int>& endings);
 
 private:
+    void make_one(int ending);
     void write_tables(const class Solver& solver, int ending, const Men& men);
 
     TableStore store_;

@@ -12,11 +12,11 @@ bool Men::has_pawn(Side side) const {
            man.begin() + static_cast<std::ptrdiff_t>(count);
 }
 
-Men ending_men(int number) {
-    const std::string_view name = ending(number).name;
-    if (name.size() > MAX_MEN)
-        throw TablemakerError(std::string(name) + ": endings of six men are not made");
+std::optional<Men> men_named(std::string_view name) {
     constexpr std::string_view LETTERS = " pnbrq";
+    const bool two_kings = name.starts_with('k') && std::count(name.begin(), name.end(), 'k') == 2;
+    if (!two_kings || name.size() > MAX_MEN || name.find_first_not_of("pnbrqk") != std::string_view::npos)
+        return std::nullopt;
     Men men;
     men.man[0] = {WHITE, KING};
     men.man[1] = {BLACK, KING};
@@ -29,6 +29,18 @@ Men ending_men(int number) {
             men.man[men.count++] = {side, static_cast<Piece>(LETTERS.find(letter))};
     }
     return men;
+}
+
+Men ending_men(int number) {
+    const std::string_view name = ending(number).name;
+    const std::optional<Men> men = men_named(name);
+    if (!men)
+        throw TablemakerError(std::string(name) + ": endings of six men are not made");
+    return *men;
+}
+
+int ending_of(const Men& men) {
+    return std::max(ending_by_name(ending_name(men, WHITE)), ending_by_name(ending_name(men, BLACK)));
 }
 
 std::string ending_name(const Men& men, Side first) {

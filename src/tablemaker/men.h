@@ -6,7 +6,9 @@
 #include "tablebase/index.h"
 #include "tablemaker/attacks.h"
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 namespace quelmar::tablemaker {
 
@@ -28,12 +30,19 @@ struct Men {
     bool has_pawn(Side side) const;
 };
 
+// The men of a name of kings and others in any order, "krkq"; nothing if it is no name or has more than
+// MAX_MEN.
+std::optional<Men> men_named(std::string_view name);
+
 // The men of a catalogued ending in the order of its name. Throws TablemakerError for one of more than
 // MAX_MEN.
 Men ending_men(int ending);
 
 // The name of the ending with these men, the first group being that of `first`.
 std::string ending_name(const Men& men, Side first);
+
+// The number of the ending with these men, whichever side comes first in its name; 0 if there is none.
+int ending_of(const Men& men);
 
 SquareSet occupied_squares(const Men& men, const Squares& squares);
 SquareSet occupied_squares(const Men& men, const Squares& squares, Side side);

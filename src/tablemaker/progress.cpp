@@ -1,6 +1,7 @@
 #include "tablemaker/progress.h"
 
 #include <cstdio>
+#include <unistd.h>
 #include <utility>
 
 namespace quelmar::tablemaker {
@@ -8,9 +9,12 @@ namespace quelmar::tablemaker {
 namespace {
 
 constexpr int LINE_WIDTH = 72;
-constexpr auto SHORTEST_PAUSE = std::chrono::milliseconds(250);
+constexpr auto PAUSE_ON_TERMINAL = std::chrono::milliseconds(250),
+               PAUSE_OF_LINES = std::chrono::milliseconds(5000);
 
 }  // namespace
+
+Progress::Progress(bool wanted) : wanted_(wanted), terminal_(isatty(STDERR_FILENO) == 1) {}
 
 void Progress::start(std::string subject) {
     subject_ = std::move(subject);
@@ -20,10 +24,10 @@ void Progress::start(std::string subject) {
 
 void Progress::show(const std::string& stage) {
     const auto now = std::chrono::steady_clock::now();
-    if (now - last_shown_ < SHORTEST_PAUSE)
+    if (now - last_shown_ < (terminal_ ? PAUSE_ON_TERMINAL : PAUSE_OF_LINES))
         return;
     last_shown_ = now;
-    print(stage, '\r');
+    print(stage, terminal_ ? '\r' : '\n');
 }
 
 void Progress::finish(const std::string& summary) {
@@ -35,7 +39,7 @@ void Progress::finish(const std::string& summary) {
 
 void Progress::print(const std::string& text, char end) {
     if (wanted_)
-        std::fprintf(stderr, "%-*s%c", LINE_WIDTH, (subject_ + ": " + text).c_str(), end);
+        std::fprintf(stderr, "%-*s%c", terminal_ ? LINE_WIDTH : 0, (subject_ + ": " + text).c_str(), end);
 }
 
 }  // namespace quelmar::tablemaker

@@ -1,4 +1,5 @@
-// The line on standard error that tells how far the work is.
+// Tells on standard error how far the work is: on a terminal in one line that is written over, elsewhere in
+// lines, less often.
 #pragma once
 
 #include <chrono>
@@ -8,11 +9,11 @@ namespace quelmar::tablemaker {
 
 class Progress {
 public:
-    explicit Progress(bool wanted) : wanted_(wanted) {}
+    explicit Progress(bool wanted);
 
     // Names the table that the following lines are about.
     void start(std::string subject);
-    // Shows the stage of the work, at most a few times a second.
+    // Shows the stage of the work, at most a few times a second (as lines: every few seconds).
     void show(const std::string& stage);
     // Ends the line with a summary that stays.
     void finish(const std::string& summary);
@@ -20,7 +21,7 @@ public:
 private:
     void print(const std::string& text, char end);
 
-    bool wanted_;
+    bool wanted_, terminal_;
     std::string subject_;
     std::chrono::steady_clock::time_point started_{}, last_shown_{};
 };

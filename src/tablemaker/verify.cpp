@@ -167,22 +167,13 @@ private:
 
 }  // namespace
 
-// "kqkr.nbw", or compressed "kqkr.nbw.emd", "kqkr_nbw.emd" or "kqkrnbw.emd".
 void check_table_file(const std::filesystem::path& path) {
-    constexpr std::size_t SUFFIX = 3;
-    const bool compressed = is_compressed_name(path);
-    std::string name = compressed ? path.stem().string() : path.filename().string();
-    const bool white = name.ends_with("nbw"), black = name.ends_with("nbb");
-    if (white || black)
-        name.resize(name.size() - SUFFIX);
-    const bool separated = name.ends_with('.') || (compressed && name.ends_with('_'));
-    if (separated)
-        name.pop_back();
-    const int number = ending_by_name(name);
-    if (!(white || black) || !(separated || compressed) || number == 0 || (black && ending(number).symmetric))
+    const std::optional<TableName> name = table_named(path);
+    if (!name)
         throw TablemakerError(path.string() + ": this is not the name of a table");
-    const u64 entries = ending(number).entry_count[black ? BLACK : WHITE];
-    if (read_table(path).size() != entries * (ending(number).wide ? 2 : 1))
+    const Ending& catalogued = ending(name->ending);
+    const u64 entries = catalogued.entry_count[static_cast<std::size_t>(name->side)];
+    if (read_table(path).size() != entries * (catalogued.wide ? 2 : 1))
         throw TablemakerError(path.string() + ": wrong number of entries");
 }
 

@@ -7,6 +7,7 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -36,8 +37,7 @@ public:
         };
         {
             std::vector<std::jthread> helpers;
-            for (int i = 1; i < threads_ && chunk < total; ++i)
-                helpers.emplace_back(run);
+            start(helpers, run, chunk < total ? threads_ - 1 : 0);
             run();
         }
         if (failure)
@@ -45,6 +45,16 @@ public:
     }
 
 private:
+    // Where the system gives no more threads the work is done by fewer.
+    template <typename F> static void start(std::vector<std::jthread>& helpers, const F& run, int count) {
+        try {
+            for (int i = 0; i < count; ++i)
+                helpers.emplace_back(run);
+        } catch (const std::system_error&) {
+            return;
+        }
+    }
+
     int threads_;
 };
 

@@ -16,7 +16,7 @@ public:
 
     const std::filesystem::path& directory() const { return directory_.path(); }
 
-    void make(std::string_view name) { maker_.make(ending_by_name(name)); }
+    void make(std::string_view name) { maker_.make({ending_by_name(name)}); }
 
     // In moves, with the side of the first group to move.
     int longest_win(std::string_view name) const {

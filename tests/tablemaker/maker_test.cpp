@@ -2,10 +2,12 @@
 #include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
 #include "tablemaker/maker.h"
+#include "tablemaker/requirements.h"
 #include "tablemaker/table_file.h"
 #include "tablemaker/verify.h"
 
 #include <gtest/gtest.h>
+#include <set>
 
 namespace quelmar::tablemaker {
 namespace {
@@ -54,14 +56,32 @@ TEST(Maker, MakesNothingTwice) {
     EXPECT_TRUE(exists(tables.directory() / "kqk.nbb"));
 }
 
+TEST(Maker, KnowsWhatItWillWrite) {
+    MadeTables tables;
+    tables.make("kqk");
+    const TableStore store(tables.directory());
+    const std::vector<int> wanted = endings_to_make(store, {ending_by_name("kqkp"), ending_by_name("kqk")});
+    const std::vector<int> expected{ending_by_name("knk"), ending_by_name("kbk"), ending_by_name("krk")};
+    EXPECT_EQ(std::set<int>(wanted.begin(), wanted.end()).size(), wanted.size());
+    EXPECT_EQ(wanted.back(), ending_by_name("kqkp"));
+    const u64 before = bytes_to_write(store, expected, false);
+    u64 written = 0;
+    for (const std::string name : {"knk", "kbk", "krk"}) {
+        tables.make(name);
+        written +=
+            file_size(tables.directory() / (name + ".nbw")) + file_size(tables.directory() / (name + ".nbb"));
+    }
+    EXPECT_EQ(before, written);
+    EXPECT_EQ(bytes_to_write(store, expected, false), 0U);
+}
+
 TEST(Maker, RefusesWhatItCannotDo) {
     MadeTables tables;
     EXPECT_THROW(tables.make("kqqkqq"), TablemakerError);
     tables.make("kbk");
     write_file(tables.directory() / "kbk.nbw", std::vector<u8>(5));
     EXPECT_THROW(tables.make("kbbk"), TablemakerError) << "rests on a table of the wrong size";
-    Maker nowhere(tables.directory() / "missing", {});
-    EXPECT_THROW(nowhere.make(ending_by_name("kqk")), TablemakerError);
+    EXPECT_THROW(require_room(tables.directory(), u64{1} << 62), TablemakerError) << "no disk has that";
 }
 
 TEST(Verify, FindsWrongEntries) {
