@@ -38,9 +38,10 @@ void add_in_order(const TableStore& store, int number, std::vector<int>& order) 
 
 }  // namespace
 
-u64 memory_to_make(int number) {
+u64 memory_to_make(int number, bool compress) {
     const u64 table = std::max(entries(number, WHITE), entries(number, BLACK));
-    return SOLVER_BYTES_PER_NUMBER * Numbering(ending_men(number)).size() + entries_below(number) + table;
+    return SOLVER_BYTES_PER_NUMBER * Numbering(ending_men(number)).size() + entries_below(number) +
+           (compress ? memory_to_compress(table) : table);
 }
 
 u64 memory_to_verify(int number) {
@@ -52,7 +53,7 @@ u64 memory_to_tell(int number) {
 }
 
 u64 memory_to_compress(u64 table_bytes) {
-    return 3 * table_bytes;  // the table, what it is cut into and the packed blocks
+    return 4 * table_bytes;  // the table, three times as much in symbols and packed blocks
 }
 
 std::vector<int> endings_to_make(const TableStore& store, const std::vector<int>& endings) {

@@ -8,9 +8,9 @@
 
 namespace quelmar::tablemaker {
 
-// Bytes of memory at the peak of the work on one ending, to within a quarter: making its tables, and reading
-// them together with all that captures and promotions lead to.
-u64 memory_to_make(int ending);
+// Bytes of memory at the peak of the work on one ending, to within a quarter where they are many: making its
+// tables, and reading them together with all that captures and promotions lead to.
+u64 memory_to_make(int ending, bool compress);
 u64 memory_to_verify(int ending);
 // The same for counting the entries of an ending's tables, and for compressing a table of so many bytes.
 u64 memory_to_tell(int ending);
