@@ -78,7 +78,8 @@ void Maker::make(const std::vector<int>& endings) {
     require_room(store_.directory(), bytes_to_write(store_, missing, options_.compress));
     build_index_tables();
     for (const int number : missing)
-        with_memory_for(std::string(ending(number).name), memory_to_make(number, options_.compress), [&] { make_one(number); });
+        with_memory_for(std::string(ending(number).name), memory_to_make(number, options_.compress),
+                        [&] { make_one(number); });
 }
 
 void Maker::make_one(int number) {
