@@ -29,7 +29,8 @@ constexpr char USAGE[] = "usage: tbmake make ENDING...     make tables and all t
                          "options: --dir D     directory of the tables, default the current one\n"
                          "         --compress  make compressed tables\n"
                          "         --jobs N    threads, default one per processor\n"
-                         "         --quiet     no progress on standard error\n";
+                         "         --quiet     no progress on standard error\n"
+                         "       tbmake --help | --version\n";
 
 constexpr int SMALLEST_MEN = 3, MOST_JOBS = 256;
 
