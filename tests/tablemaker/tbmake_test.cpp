@@ -71,7 +71,7 @@ TEST(Tbmake, TellsWhatIsWrong) {
         {"make kqqkqq", 1, "endings of six men are not made"},
         {"make kqk --jobs 0", 1, "not a number from 1"},
         {"make kqk --jobs", 1, "--jobs needs a value"},
-        {"make kqk --fast", 1, "unknown option --fast"},
+        {"make kqk --fast", 2, "unknown option --fast"},
         {"make kqk --dir missing", 1, "tbmake: missing: there is no such directory"},
         {"verify kqk --dir missing", 1, "tbmake: missing: there is no such directory"},
         {"make kqk --dir /dev/null", 1, "tbmake: /dev/null: is not a directory"},
