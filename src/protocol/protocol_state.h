@@ -12,7 +12,7 @@
 namespace quelmar {
 
 inline constexpr char ENGINE_NAME[] = "Quelmar FRC";
-inline constexpr char ENGINE_VERSION[] = "1.0 beta 7";
+inline constexpr char ENGINE_VERSION[] = QUELMAR_VERSION;  // from CMakeLists.txt
 
 // Values of ProtocolState::ponder_state.
 inline constexpr int NOT_PONDERING = 0, PONDERING = 1, PONDER_HIT = 2;

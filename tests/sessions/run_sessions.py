@@ -13,7 +13,8 @@ A file holds sessions, each in a fresh process and an empty folder:
     >+ usermove        types without a line end, and waits a moment
     >> go\\n?\\n         types as it stands, in one write
     < bestmove e2e4    the next line is this, thinking lines aside
-    ~ ^Pond \\((?P<p>.*)\\)   a later line matches; (?P<p>...) is kept for ${p} in typed and expected lines
+    ~ ^Pond \\((?P<p>.*)\\)   a later line matches; (?P<p>...) is kept for ${p} in typed and expected lines;
+                       ${version} is the one of CMakeLists.txt
     ! ^Pond            from here on no line may match
     ok ^Pond           takes such a ban back
     end                closes standard input
@@ -23,12 +24,15 @@ Lines that begin with "#" and empty lines are nothing. A session that does not s
 its input and wants exit status 0.
 """
 
+import pathlib
 import re
 import sys
 import time
 
 from engine import Engine, Failure
 
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+VERSION = re.search(r'QUELMAR_VERSION "(.*)"', (ROOT / "CMakeLists.txt").read_text(encoding="utf-8"))[1]
 HALF_LINE_PAUSE = 0.05  # seconds for a half line to arrive alone; the test holds also when it does not
 
 
@@ -52,7 +56,7 @@ class Session:
             if word in setup:
                 setup[word].append(unescape(rest) if word == "epd" else rest)
         self.steps = [step for step in steps if step[1] not in setup]
-        self.kept = {}
+        self.kept = {"version": VERSION}
         self.engine = Engine(
             program,
             arguments=" ".join(setup["$"]).split(),
