@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Installs a build into a folder of its own and looks whether all is there and found.
 
-    install.py files BUILD_FOLDER      every program runs and has its page, every plugin file names a program
+    install.py files BUILD_FOLDER      every program runs and has its page, every plugin file names a program; all
+                                       of it goes again, and nothing else
     install.py xboard BUILD_FOLDER     xboard adds both engines to its list by itself; needs root, xboard and Xvfb
 """
 
@@ -21,6 +22,7 @@ PROGRAMS = {"quelmar": "quit\n", "quelmar-uci": "quit\n", "tbmake": None}  # wha
 PLUGINS = {"xboard": "quelmar", "uci": "quelmar-uci"}
 SEARCH_PATH = "/usr/local/games:/usr/games:/usr/bin:/bin"
 XBOARD_READS_PLUGINS = 15  # seconds at most
+UNINSTALL = pathlib.Path(__file__).resolve().parents[2] / "cmake/uninstall.cmake"
 IN_LIST = {"quelmar", "quelmar-uci -fUCI"}
 
 
@@ -40,7 +42,8 @@ def check_page(prefix, name):
     folder = prefix / "share/man/man6"
     packed = folder / f"{name}.6.gz"
     text = gzip.decompress(packed.read_bytes()).decode() if packed.exists() else (folder / f"{name}.6").read_text()
-    return [] if f".Nm {name}\n" in text else [f"{name}: has no page in section 6"]
+    good = f".Nm {name}\n" in text and re.search(r'^\.Os "Quelmar \d.*"$', text, re.MULTILINE)
+    return [] if good else [f"{name}: has no page in section 6, or one without a version"]
 
 
 def check_plugin(prefix, kind, program):
@@ -59,9 +62,13 @@ def check_files(build):
         for kind, program in PLUGINS.items():
             faults += check_plugin(prefix, kind, program)
         documents = prefix / "share/doc/quelmar"
-        faults += [f"{name} is not installed" for name in ("README.md", "docs/search.md", "examples/quelmar.ini")
+        faults += [f"{name} is not installed" for name in ("README.md", "docs/search.md", "examples/quelmar.ini", "copyright")
                    if not (documents / name).exists()]
-    return faults
+        (documents / "mine").touch()
+        subprocess.run(["cmake", f"-DBUILD={build}", f"-DPREFIX={prefix}", "-P", UNINSTALL], stderr=subprocess.DEVNULL,
+                       check=True)
+        left = {path for path in prefix.rglob("*") if not path.is_dir() or path.parent == documents}
+    return faults + ([] if left == {documents / "mine"} else [f"after uninstalling: {left}"])
 
 
 def listed_engines(settings):
