@@ -67,8 +67,9 @@ def check_files(build):
         (documents / "mine").touch()
         subprocess.run(["cmake", f"-DBUILD={build}", f"-DPREFIX={prefix}", "-P", UNINSTALL], stderr=subprocess.DEVNULL,
                        check=True)
-        left = {path for path in prefix.rglob("*") if not path.is_dir() or path.parent == documents}
-    return faults + ([] if left == {documents / "mine"} else [f"after uninstalling: {left}"])
+        left = {path for path in prefix.rglob("*") if not path.is_dir() or path.parent in (documents, prefix)}
+        wanted = {documents / "mine", prefix / "games", prefix / "share"}
+    return faults + ([] if left == wanted else [f"after uninstalling there is {left}"])
 
 
 def listed_engines(settings):
