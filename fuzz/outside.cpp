@@ -2,21 +2,26 @@
 
 #include "board/hash_keys.h"
 #include "board/position.h"
-#include "eval/attack_map.h"
 #include "eval/exchange.h"
-#include "eval/ply_outputs.h"
-#include "protocol/clocks.h"
+#include "eval/outputs.h"
+#include "protocol/game_clock.h"
+#include "protocol/input.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
+#include "protocol/thinking.h"
+#include "search/search_control.h"
+#include "search/search_limits.h"
+#include "search/search_reports.h"
 #include "search/search_state.h"
 #include "search/transposition.h"
-#include "tablebase/probe.h"
+#include "tablebase/registry.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <poll.h>
+#include <span>
 #include <sys/time.h>
 #include <unistd.h>
 
@@ -25,13 +30,18 @@ namespace quelmar::fuzz {
 namespace {
 
 constexpr i64 MS_PER_QUESTION = 10, MS_PER_POLL = 1000;  // a search on the usual clock lives for a few polls
-
 constexpr u64 POLLING_WEIGHT = 100, QSEARCH_WEIGHT = 9;
+
+// In the bytes of standard input: nothing has arrived at this poll of a search.
+constexpr u8 NOTHING_YET = 1;
+
+// Larger blocks are not to be had, so that an absurd hash size cannot exhaust the machine. Allocation can
+// fail in a process that lives on.
+constexpr std::size_t LARGEST_BLOCK = std::size_t{8} << 20;
 
 struct ProcessEnded {
     int status;
 };
-
 struct Outside {
     bool inside_session = false;
     std::span<const u8> input;
@@ -63,45 +73,28 @@ ssize_t read_input_bytes(void* buffer, std::size_t size) {
     return static_cast<ssize_t>(count);
 }
 
-// Allocation can fail in a process that lives on, so the largest sizes do fail.
-bool too_large(std::size_t count, std::size_t size) {
-    return size != 0 && count > LARGEST_BLOCK / size;
+void reset_engine() {
+    position = {};
+    attack_map = {};
+    ply_outputs.fill({});
+    search_state = {};
+    search_control = {};
+    search_limits = {};
+    protocol_state = {};
+    time_control = {};
+    reset_settings();
+    settings.hash_mb = settings.fritz_hash_mb = 1;
+    apply_table_path();
+    tt_generation = 0;
+    apply_hash_size();
 }
 
 }  // namespace
 
-void start_engine() {
-    if (!std::freopen("/dev/null", "w", stdout))
-        std::abort();
-    init_hash_keys();
-    build_exchange_table();
-}
-
-void reset_engine() {
-    position = {};
-    attack_map = {};
-    ply_outputs = {};
-    search_state = {};
-    protocol_state = {};
-    time_control = {};
-    settings = {};
-    settings.hash_mb = settings.fritz_hash_mb = 1;
-    setup_tablebases();
-    tt_generation = 0;
-    tt_allocate();
-}
-
-void run(std::span<const u8> input, void (*session)()) {
-    outside = {.inside_session = true, .input = input};
-    int status = EXIT_SUCCESS;
-    try {
-        session();
-    } catch (const ProcessEnded& end) {
-        status = end.status;
-    }
-    outside.inside_session = false;
-    if (status != EXIT_SUCCESS)
-        std::abort();
+std::string take_input() {
+    const std::string text(outside.input.begin(), outside.input.end());
+    outside.input = {};
+    return text;
 }
 
 }  // namespace quelmar::fuzz
@@ -111,6 +104,33 @@ using namespace quelmar::fuzz;
 // The linker makes these names: __wrap_f is called instead of f, and __real_f is f.
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming)
 extern "C" {
+int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    if (!std::freopen("/dev/null", "w", stdout))
+        std::abort();
+    quelmar::init_hash_keys();
+    quelmar::build_exchange_table();
+    quelmar::print_what_the_search_says();
+    quelmar::search_reports.poll_input = quelmar::poll_input;
+    quelmar::search_reports.wait_for_input = quelmar::wait_for_input;
+    quelmar::table_reports.tell = quelmar::tell;
+    return 0;
+}
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+    reset_engine();
+    outside = {.inside_session = true, .input = {bytes, size}};
+    int status = EXIT_SUCCESS;
+    try {
+        session();
+    } catch (const ProcessEnded& end) {
+        status = end.status;
+    }
+    outside.inside_session = false;
+    if (status != EXIT_SUCCESS)
+        std::abort();
+    return 0;
+}
+
 int __real_poll(pollfd* descriptors, nfds_t count, int timeout_ms);
 ssize_t __real_read(int descriptor, void* buffer, std::size_t size);
 int __real_gettimeofday(timeval* now, void* zone);
@@ -149,7 +169,8 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
 }
 
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return outside.inside_session && too_large(count, size) ? nullptr : __real_calloc(count, size);
+    const bool too_large = size != 0 && count > LARGEST_BLOCK / size;
+    return outside.inside_session && too_large ? nullptr : __real_calloc(count, size);
 }
 
 void __wrap_exit(int status) {

@@ -3,18 +3,7 @@
 #include "protocol/game_loop.h"
 #include "protocol/input.h"
 
-using namespace quelmar;
-
-extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
-    fuzz::start_engine();
-    return 0;
-}
-
-extern "C" int LLVMFuzzerTestOneInput(const u8* bytes, std::size_t size) {
-    fuzz::reset_engine();
-    fuzz::run({bytes, size}, [] {
-        open_input(EndOfInput::QUITS);
-        game_loop();
-    });
-    return 0;
+void quelmar::fuzz::session() {
+    open_input(EndOfInput::QUITS);
+    game_loop();
 }

@@ -8,9 +8,9 @@
 
 #include "board/hash_keys.h"
 #include "board/position.h"
-#include "board/setup.h"
 #include "eval/exchange.h"
 #include "protocol/command_line.h"
+#include "protocol/game.h"
 #include "protocol/settings.h"
 
 #include <cstdio>
@@ -37,10 +37,9 @@ static void print_trace(const EvalTrace& trace) {
                 trace.blended);
     for (const Side side : {WHITE, BLACK}) {
         const char* name = side == WHITE ? "White" : "Black";
-        const auto index = static_cast<std::size_t>(side);
-        if (trace.scale_shift[index] != 0)
-            std::printf("a score for %s is divided by %d\n", name, 1 << trace.scale_shift[index]);
-        if (trace.cannot_win[index])
+        if (trace.scale_shift[side] != 0)
+            std::printf("a score for %s is divided by %d\n", name, 1 << trace.scale_shift[side]);
+        if (trace.cannot_win[side])
             std::printf("%s cannot win\n", name);
     }
 }
@@ -55,8 +54,8 @@ int main(int argc, char** argv) {
     init_hash_keys();
     build_exchange_table();
     if (argc == 3)
-        settings.style = static_cast<int>(std::strtol(argv[2], nullptr, 10));
-    if (parse_fen(argv[1]) != 0)
+        choose_style(static_cast<int>(std::strtol(argv[2], nullptr, 10)) & 3);
+    if (!set_up_or_report(argv[1]))
         return 1;
     const EvalTrace trace = trace_evaluation();
     print_trace(trace);

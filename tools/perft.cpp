@@ -4,8 +4,8 @@
 
 #include "board/generate.h"
 #include "board/hash_keys.h"
-#include "board/setup.h"
 #include "protocol/command_line.h"
+#include "protocol/game.h"
 
 #include <chrono>
 #include <cstdio>
@@ -37,7 +37,7 @@ int main(int argc, char* argv[]) {
         return 1;
     }
     init_hash_keys();
-    if (parse_fen(argv[1]) != 0)
+    if (!set_up_or_report(argv[1]))
         return 1;
     const u64 legal = timed_perft("legal", depth, generate_legal_moves);
     const u64 pseudo_legal = timed_perft("pseudo-legal", depth, generate_moves);

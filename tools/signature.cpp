@@ -6,23 +6,26 @@
 //   signature --check FILE    compares the total with the recorded one, exit status 1 if they differ
 //   signature --quick FILE    the same three plies shallower, for builds with assertions
 //   signature --write FILE    records both totals
+//   signature --sample N P    searches one position, P plies shallower
 //
 // Each position is searched by a process of its own, so that no killer move, table entry or evaluation of one
-// reaches the next.
+// reaches the next. The node rate counts the searches alone.
 #include "board/hash_keys.h"
+#include "board/position.h"
 #include "board/setup.h"
 #include "eval/exchange.h"
+#include "platform/platform.h"
 #include "protocol/command_line.h"
-#include "protocol/protocol_state.h"
 #include "search/search.h"
 #include "search/search_state.h"
 #include "search/transposition.h"
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
+#include <span>
+#include <string>
 #include <string_view>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace quelmar;
 
@@ -86,56 +89,53 @@ constexpr Sample SAMPLES[] = {
 void start_engine() {
     init_hash_keys();
     build_exchange_table();
-    tt_allocate();
+    constexpr int HASH_MB = 24;
+    tt_allocate(HASH_MB);
 }
 
-u64 search_sample(const Sample& sample, int depth) {
-    if (parse_fen(sample.fen) != 0)
-        return 0;
+// What a search takes.
+struct Effort {
+    unsigned long long nodes = 0;
+    double seconds = 0;
+};
+
+// Prints the effort; false when there is no such position.
+bool search_sample(std::size_t number, int plies_less) {
+    if (number >= std::size(SAMPLES) || parse_fen(SAMPLES[number].fen) != FenError::NONE)
+        return false;
     for (SideClock& clock : position.current().clock)
-        clock = {.kind = CLOCK_FIXED_DEPTH, .depth_limit = depth};
+        clock = {.kind = ClockKind::FIXED_DEPTH, .depth_limit = SAMPLES[number].depth - plies_less};
+    const auto start = std::chrono::steady_clock::now();
     think();
-    return search_state.nodes;
+    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
+    std::printf("%llu %f\n", static_cast<unsigned long long>(search_state.nodes), elapsed.count());
+    return true;
 }
 
-// Searches in a child process, whose output is thrown away.
-u64 search_apart(const Sample& sample, int depth) {
-    std::array<int, 2> channel{};
-    if (pipe(channel.data()) != 0)
-        return 0;
-    const pid_t child = fork();
-    if (child == 0) {
-        const bool silent = std::freopen("/dev/null", "w", stdout) != nullptr;
-        const u64 nodes = silent ? search_sample(sample, depth) : 0;
-        const bool sent = write(channel[1], &nodes, sizeof nodes) == sizeof nodes;
-        _exit(sent ? 0 : 1);
-    }
-    u64 nodes = 0;
-    const bool received = child > 0 && read(channel[0], &nodes, sizeof nodes) == sizeof nodes;
-    if (child > 0)
-        waitpid(child, nullptr, 0);
-    close(channel[0]);
-    close(channel[1]);
-    return received ? nodes : 0;
+// Searches in a process of its own; no nodes when that fails.
+Effort search_apart(const char* program, std::size_t number, int plies_less) {
+    const std::string output =
+        platform::output_of(program, "--sample " + std::to_string(number) + ' ' + std::to_string(plies_less));
+    Effort effort;
+    return std::sscanf(output.c_str(), "%llu %lf", &effort.nodes, &effort.seconds) == 2 ? effort : Effort{};
 }
 
 // Prints and returns the total; 0 when a position could not be searched.
-u64 search_all(int plies_less) {
-    const auto start = std::chrono::steady_clock::now();
-    u64 total = 0;
+u64 search_all(const char* program, int plies_less) {
+    Effort total;
     bool complete = true;
-    for (const Sample& sample : SAMPLES) {
-        const int depth = sample.depth - plies_less;
-        const u64 nodes = search_apart(sample, depth);
-        std::printf("%12llu  depth %2d  %s\n", static_cast<unsigned long long>(nodes), depth, sample.fen);
+    for (std::size_t number = 0; number < std::size(SAMPLES); ++number) {
+        const Effort effort = search_apart(program, number, plies_less);
+        std::printf("%12llu  depth %2d  %s\n", effort.nodes, SAMPLES[number].depth - plies_less,
+                    SAMPLES[number].fen);
         std::fflush(stdout);
-        total += nodes;
-        complete = complete && nodes > 0;
+        total.nodes += effort.nodes;
+        total.seconds += effort.seconds;
+        complete = complete && effort.nodes > 0;
     }
-    const std::chrono::duration<double> seconds = std::chrono::steady_clock::now() - start;
-    std::printf("%12llu  total\n%12.0f  nodes per second\n", static_cast<unsigned long long>(total),
-                static_cast<double>(total) / seconds.count());
-    return complete ? total : 0;
+    std::printf("%12llu  total\n%12.0f  nodes per second\n", total.nodes,
+                static_cast<double>(total.nodes) / total.seconds);
+    return complete ? total.nodes : 0;
 }
 
 struct Totals {
@@ -152,8 +152,8 @@ Totals recorded_totals(const char* path) {
     return totals;
 }
 
-bool record(const char* path) {
-    const u64 full = search_all(0), quick = search_all(QUICK_PLIES_LESS);
+bool record(const char* program, const char* path) {
+    const u64 full = search_all(program, 0), quick = search_all(program, QUICK_PLIES_LESS);
     std::FILE* file = full > 0 && quick > 0 ? std::fopen(path, "w") : nullptr;
     if (file == nullptr)
         return false;
@@ -171,19 +171,24 @@ bool agrees(u64 total, unsigned long long expected) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    if (const auto status = status_of_options({argv, static_cast<std::size_t>(argc)}, USAGE,
-                                              {"--check=", "--quick=", "--write="}))
+    const std::span<char* const> arguments{argv, static_cast<std::size_t>(argc)};
+    if (const auto status =
+            status_of_options(arguments, USAGE, {"--check=", "--quick=", "--write=", "--sample="}))
         return *status;
-    const std::string_view what = argc == 3 ? argv[1] : "";
-    start_engine();
+    const std::string_view what = argc > 1 ? argv[1] : "";
+    const char* const program = argv[0];
     if (argc == 1)
-        return search_all(0) > 0 ? 0 : 1;
-    if (what == "--check")
-        return agrees(search_all(0), recorded_totals(argv[2]).full) ? 0 : 1;
-    if (what == "--quick")
-        return agrees(search_all(QUICK_PLIES_LESS), recorded_totals(argv[2]).quick) ? 0 : 1;
-    if (what == "--write")
-        return record(argv[2]) ? 0 : 1;
+        return search_all(program, 0) > 0 ? 0 : 1;
+    if (argc == 4 && what == "--sample") {
+        start_engine();
+        return search_sample(std::strtoul(argv[2], nullptr, 10), std::atoi(argv[3])) ? 0 : 1;
+    }
+    if (argc == 3 && what == "--check")
+        return agrees(search_all(program, 0), recorded_totals(argv[2]).full) ? 0 : 1;
+    if (argc == 3 && what == "--quick")
+        return agrees(search_all(program, QUICK_PLIES_LESS), recorded_totals(argv[2]).quick) ? 0 : 1;
+    if (argc == 3 && what == "--write")
+        return record(program, argv[2]) ? 0 : 1;
     std::fputs(USAGE, stderr);
     return 1;
 }

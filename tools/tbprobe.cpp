@@ -1,16 +1,15 @@
 // Tells what the endgame tables say: tbprobe PATH reads positions (FEN, then moves by coordinates) from
 // standard input, one per line, and answers each with "win N" or "loss N" (plies to mate, for the side to
 // move), "draw", "none" (no table), "illegal" or "error".
+#include "board/attacks.h"
 #include "board/hash_keys.h"
 #include "board/make_move.h"
-#include "board/move_text.h"
 #include "board/position.h"
-#include "board/setup.h"
-#include "eval/attacks.h"
-#include "protocol/dialect.h"
 #include "protocol/command_line.h"
+#include "protocol/game.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
-#include "protocol/settings.h"
+#include "protocol/root_moves.h"
 #include "tablebase/probe.h"
 
 #include <cstdio>
@@ -28,7 +27,7 @@ constexpr char USAGE[] = "usage: tbprobe PATH <positions\n";
 bool set_up(const std::string& line) {
     constexpr std::string_view MOVES = " moves ";
     const std::size_t at = line.find(MOVES);
-    if (parse_fen(line.substr(0, at).c_str()) != 0)
+    if (set_up_game(line.substr(0, at).c_str()) != FenError::NONE)
         return false;
     std::istringstream words(at == std::string::npos ? "" : line.substr(at + MOVES.size()));
     for (std::string word; words >> word;) {
@@ -67,10 +66,9 @@ int main(int argc, char* argv[]) {
     }
     greet_terminal(argv[0], "waits for positions, one per line");
     init_hash_keys();
-    settings.tb_path = argv[1];
-    setup_tablebases();
-    protocol_state.uci_mode = true;
-    dialect.reads_whole_fen = true;
+    protocol_state.uci_mode = protocol_state.standard_uci = true;
+    constexpr int CACHE_MB = 1;
+    setup_tablebases(argv[1], CACHE_MB);
     for (std::string line; std::getline(std::cin, line);)
         std::cout << answer_to(line) << std::endl;
     return 0;

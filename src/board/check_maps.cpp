@@ -1,14 +1,15 @@
 #include "board/check_maps.h"
 
+#include "board/attacks.h"
 #include "board/position.h"
-#include "eval/attacks.h"
+#include "board/square_tables.h"
 
 #include <algorithm>
 
 namespace quelmar {
 
-std::array<u8, BOARD_SIZE> check_square_map;
-std::array<u8, BOARD_SIZE> discovery_map;
+Table<u8, BOARD_SIZE> check_square_map;
+Table<u8, BOARD_SIZE> discovery_map;
 
 namespace {
 
@@ -16,7 +17,7 @@ namespace {
 constexpr int ROWS_BEGIN = 64, ROWS_END = 192;
 
 u8& check_bits(Square square) {
-    return check_square_map[static_cast<std::size_t>(square)];
+    return check_square_map[square];
 }
 
 // Walks one line away from the enemy king: marks the squares up to the first man, or finds the one own man
@@ -38,7 +39,7 @@ template <Side Us> void scan_line(Square king, int step, Piece slider, u8 bits) 
     while (position.at(square) == EMPTY);
     const Piece second = position.at(square);
     if (second == slider || second == man_of(Us, QUEEN))
-        discovery_map[static_cast<std::size_t>(blocker)] = static_cast<u8>(std::abs(step));
+        discovery_map[blocker] = static_cast<u8>(std::abs(step));
 }
 
 template <Side Us> void build_for() {
@@ -62,6 +63,59 @@ void build_check_maps() {
         build_for<WHITE>();
     else
         build_for<BLACK>();
+}
+
+namespace {
+
+bool slides_along(Piece kind, int step) {
+    return kind == QUEEN || kind == (is_diagonal(step) ? BISHOP : ROOK);
+}
+
+// The first square with a man on it, or off the board, from `start` along `step`.
+Square first_man(Square start, int step) {
+    Square square = start + step;
+    while (position.at(square) == EMPTY)
+        square += step;
+    return square;
+}
+
+// Whether the moved man attacks the king from its destination.
+bool checks_directly(const Move& move, Square king) {
+    const Piece man = move.piece, kind = kind_of(man);
+    const Square square = move.to;
+    if (kind == PAWN) {
+        const int forward = forward_of(side_of(man));
+        return square + forward - 1 == king || square + forward + 1 == king;
+    }
+    if (kind == KNIGHT)
+        return knight_direction[square - king] != 0;
+    if (kind == KING)
+        return false;
+    const int step = line_step[king - square];
+    if (step == 0 || !slides_along(kind, step))
+        return false;
+    Square met = first_man(square, step);
+    if (met == move.from)  // which the move has emptied
+        met = first_man(met, step);
+    return met == king;
+}
+
+// The man on `from` shields the king from one of our sliders and leaves the line.
+bool uncovers(const Move& move, Square king) {
+    const int step = line_step[move.from - king];
+    if (step == 0 || line_step[move.to - king] == step || first_man(king, step) != move.from)
+        return false;
+    const Piece behind = position.at(first_man(move.from, step));
+    return is_man_of(behind, side_of(move.piece)) && slides_along(kind_of(behind), step);
+}
+
+}  // namespace
+
+CheckKind check_kind(const Move& move) {
+    const Square king = position.king_square(other_side(position.side_to_move));
+    if (checks_directly(move, king))
+        return CheckKind::DIRECT;
+    return uncovers(move, king) ? CheckKind::DISCOVERED : CheckKind::NONE;
 }
 
 }  // namespace quelmar

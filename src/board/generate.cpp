@@ -1,14 +1,12 @@
 #include "board/generate.h"
 
+#include "board/diagram.h"
 #include "board/generate_core.h"
-#include "board/move_text.h"
 
 #include <algorithm>
 #include <cstdio>
 
 namespace quelmar {
-
-MoveList move_list;
 
 void report_illegal_piece(Square square) {
     std::printf("Illegal piece: %d at %d\n", position.at(square), square);
@@ -50,7 +48,7 @@ template <Side Us, bool LegalOnly> Move* castling_moves(Move* out) {
         return out;
     for (int wing : {0, 1}) {
         const int index = 2 * Us + wing;
-        const Square rook = position.castle_rook_square[static_cast<std::size_t>(index)];
+        const Square rook = position.castle_rook_square[index];
         const Square king_to = Facing<Us>::mirror(wing == 0 ? G1 : C1);
         const Square rook_to = Facing<Us>::mirror(wing == 0 ? F1 : D1);
         if ((position.current().castle_lost & FIRST_BIT << wing) != 0 ||

@@ -1,15 +1,15 @@
-// What the generators share; private to board/. Moves are written in place at `out`, the end of the list so
+// What the generators share. Moves are written in place at `out`, the end of the list so
 // far.
 //
 // Which moves are tried on the board, and in which order, is behaviour: a trial capture moves the victim to
 // the place behind its king in the piece list, a trial castling sorts both lists.
 #pragma once
 
+#include "board/attacks.h"
 #include "board/check_maps.h"
 #include "board/make_move.h"
 #include "board/move_list.h"
 #include "board/position.h"
-#include "eval/attacks.h"
 
 namespace quelmar {
 
@@ -26,8 +26,8 @@ inline void close_list(Move* out) {
 inline Move* put_move(Move* out, Square from, Square to, Piece promotion, int gives_check) {
     out->from = static_cast<u8>(from);
     out->to = static_cast<u8>(to);
-    out->piece = position.board[static_cast<std::size_t>(from)];
-    out->captured = position.board[static_cast<std::size_t>(to)];
+    out->piece = position.board[from];
+    out->captured = position.board[to];
     out->promotion = static_cast<u8>(promotion);
     out->flags = 0;
     out->gives_check = static_cast<u8>(gives_check);
@@ -42,13 +42,13 @@ static_assert(check_bit(PAWN) == CHECK_BY_PAWN && check_bit(QUEEN) == CHECK_BY_Q
 // In the order in which they are tried: White's towards the h-file first, Black's towards the a-file; en
 // passant the other way round.
 template <Side Us>
-inline constexpr std::array<int, 2> PAWN_CAPTURES = {17 * Facing<Us>::SIGN, 15 * Facing<Us>::SIGN};
+inline constexpr Table<int, 2> PAWN_CAPTURES = {17 * Facing<Us>::SIGN, 15 * Facing<Us>::SIGN};
 
 // The gives-check flag of an ordinary move; `step` is that of the line it moves along, 0 for a knight.
 template <Piece Kind> int check_flag(Square from, Square to, int step) {
-    if ((check_square_map[static_cast<std::size_t>(to)] & check_bit(Kind)) != 0)
+    if ((check_square_map[to] & check_bit(Kind)) != 0)
         return 1;
-    const int discovery = discovery_map[static_cast<std::size_t>(from)];
+    const int discovery = discovery_map[from];
     return discovery != 0 && discovery != std::abs(step);
 }
 
@@ -95,7 +95,7 @@ template <Side Us, typename Accept> struct ManMoves {
             out = put_move(out, from, to, EMPTY, check);
             return;
         }
-        const bool queen_checks = (check_square_map[static_cast<std::size_t>(to)] & CHECK_BY_QUEEN) != 0;
+        const bool queen_checks = (check_square_map[to] & CHECK_BY_QUEEN) != 0;
         out = put_move(out, from, to, man_of(Us, QUEEN), check != 0 || queen_checks);
         if (Facing<Us>::rank(from) != 6)
             return;

@@ -1,72 +1,18 @@
 #include "board/generate.h"
 #include "board/generate_core.h"
-#include "eval/attack_map.h"
-#include "eval/exchange.h"
-#include "eval/square_tables.h"
 
 namespace quelmar {
 
 namespace {
 
-// Captures
-
-template <Side Us> struct Captures {
-    Move* out;
-
-    static bool enemy_on(Square square) { return is_man_of(position.at(square), Facing<Us>::THEM); }
-
-    // A cheaper man is worth capturing only where the attack maps find it badly defended.
-    static bool worth_trying(Square from, Square to) {
-        const Piece victim = position.at(to);
-        return value_of(victim) >= value_of(position.at(from)) ||
-               exchange_loss(victim, attack_byte(WHITE, to), attack_byte(BLACK, to)) != 0;
-    }
-
-    void pawn(Square from) {
-        for (int step : PAWN_CAPTURES<Us>) {
-            const Square to = from + step;
-            if (enemy_on(to))
-                out = put_move(out, from, to, Facing<Us>::rank(to) == 7 ? man_of(Us, QUEEN) : EMPTY, 0);
-        }
-        const Square ahead = from + Facing<Us>::FORWARD;
-        if (Facing<Us>::rank(from) == 6 && position.at(ahead) == EMPTY)
-            out = put_move(out, from, ahead, man_of(Us, QUEEN), 0);
-    }
-
-    template <typename Steps> void stepper(Square from, const Steps& steps) {
-        for (int step : steps) {
-            if (enemy_on(from + step) && worth_trying(from, from + step))
-                out = put_move(out, from, from + step, EMPTY, 0);
-        }
-    }
-
-    template <Piece, typename Steps> void slider(Square from, const Steps& steps) {
-        for (int step : steps) {
-            Square to = from + step;
-            while (position.at(to) == EMPTY)
-                to += step;
-            if (enemy_on(to) && worth_trying(from, to))
-                out = put_move(out, from, to, EMPTY, 0);
-        }
-    }
-
-    void knight(Square from) { stepper(from, knight_offsets); }
-    void king(Square from) { stepper(from, king_offsets); }
-
-    Move* all() {
-        visit_men<Us>(*this, [](Square) {});
-        return out;
-    }
-};
-
 // Quiet checks
 
 int discovery_of(Square square) {
-    return discovery_map[static_cast<std::size_t>(square)];
+    return discovery_map[square];
 }
 
 bool checks_from(Square square, int bit) {
-    return (check_square_map[static_cast<std::size_t>(square)] & bit) != 0;
+    return (check_square_map[square] & bit) != 0;
 }
 
 template <Side Us> struct QuietChecks {
@@ -138,15 +84,15 @@ public:
             wanted_ = {};
         if (checkers_ == 0)  // asked without a check: nothing to aim at, so every move is a candidate
             wanted_.fill(true);
-        wanted_[static_cast<std::size_t>(position.king_square(Facing<Us>::THEM))] = true;
+        wanted_[position.king_square(Facing<Us>::THEM)] = true;
     }
 
-    bool operator()(Square square) const { return wanted_[static_cast<std::size_t>(square)]; }
+    bool operator()(Square square) const { return wanted_[square]; }
 
 private:
     void note_checker(Square square) {
         ++checkers_;
-        wanted_[static_cast<std::size_t>(square)] = true;
+        wanted_[square] = true;
     }
 
     void find_contact_checks() {
@@ -173,12 +119,12 @@ private:
             return;
         note_checker(square);
         for (square -= step; square != king_; square -= step)
-            wanted_[static_cast<std::size_t>(square)] = true;
+            wanted_[square] = true;
     }
 
     const Square king_ = position.king_square(Us);
     int checkers_ = 0;
-    std::array<bool, BOARD_SIZE> wanted_{};
+    Table<bool, BOARD_SIZE> wanted_{};
 };
 
 template <Side Us> void generate_evasions_for() {
@@ -191,11 +137,6 @@ template <Side Us> void generate_evasions_for() {
 }
 
 }  // namespace
-
-void generate_captures() {
-    close_list(position.side_to_move == WHITE ? Captures<WHITE>{start_list()}.all()
-                                              : Captures<BLACK>{start_list()}.all());
-}
 
 void generate_quiet_checks() {
     build_check_maps();

@@ -4,9 +4,9 @@
 
 namespace quelmar {
 
-std::array<std::array<HashKey, BOARD_SIZE>, 13> zobrist_piece_square;
+Table<Table<HashKey, BOARD_SIZE>, 13> zobrist_piece_square;
 HashKey zobrist_side;
-std::array<std::array<u32, BOARD_SIZE>, 2> pawn_zobrist;
+Table<Table<u32, BOARD_SIZE>, 2> pawn_zobrist;
 
 namespace {
 
@@ -14,7 +14,7 @@ namespace {
 constexpr int LONG_LAG = 55, FIRST_J = 23, FIRST_K = 54;
 
 // clang-format off
-constexpr std::array<u32, LONG_LAG> random_seed_table = {
+constexpr Table<u32, LONG_LAG> random_seed_table = {
     0x5414D5F4, 0xB3935330, 0xD0773E27, 0xAC62A182, 0x5DB20C92, 0xC1E618AC, 0xD003926A,
     0x171FA3B3, 0x9AD12101, 0x762172C1, 0xBC5D9DC3, 0x07B72A70, 0x6E5AC890, 0xF7BE54D1,
     0x0D6332FA, 0x56BA8FBE, 0xEBA585EC, 0x571421C5, 0x96B3C079, 0x12EB9B92, 0xC07C0978,
@@ -26,14 +26,14 @@ constexpr std::array<u32, LONG_LAG> random_seed_table = {
 };
 // clang-format on
 
-std::array<u32, LONG_LAG> random_state = random_seed_table;
+Table<u32, LONG_LAG> random_state = random_seed_table;
 int random_j = FIRST_J, random_k = FIRST_K;
 
 }  // namespace
 
 u32 random32() {
-    u32& slot = random_state[static_cast<std::size_t>(random_k)];
-    slot += random_state[static_cast<std::size_t>(random_j)];
+    u32& slot = random_state[random_k];
+    slot += random_state[random_j];
     random_j = random_j == 0 ? LONG_LAG - 1 : random_j - 1;
     random_k = random_k == 0 ? LONG_LAG - 1 : random_k - 1;
     return slot;
@@ -48,7 +48,7 @@ u64 random64() {
 // The order fixes which draw lands where.
 void init_hash_keys() {
     zobrist_side = random64();
-    for (std::size_t code = 1; code < zobrist_piece_square.size(); ++code) {
+    for (int code = 1; code < zobrist_piece_square.size(); ++code) {
         for (HashKey& key : zobrist_piece_square[code])
             key = random64();
     }
@@ -69,7 +69,7 @@ u32 compute_pawn_key() {
     u32 key = 0;
     for (u8 square : square_of_index) {
         if (is_pawn(position.at(square)))
-            key ^= pawn_zobrist[static_cast<std::size_t>(side_of(position.at(square)))][square];
+            key ^= pawn_zobrist[side_of(position.at(square))][square];
     }
     return key;
 }

@@ -16,12 +16,12 @@ void init_hash_keys();
 HashKey compute_key();
 u32 compute_pawn_key();
 
-extern std::array<std::array<HashKey, BOARD_SIZE>, 13> zobrist_piece_square;  // [code][square]; row 0 is zero
-extern HashKey zobrist_side;                                                  // included when Black moves
-extern std::array<std::array<u32, BOARD_SIZE>, 2> pawn_zobrist;               // [colour][square]
+extern Table<Table<HashKey, BOARD_SIZE>, 13> zobrist_piece_square;  // [code][square]; row 0 is zero
+extern HashKey zobrist_side;                                        // included when Black moves
+extern Table<Table<u32, BOARD_SIZE>, 2> pawn_zobrist;               // [colour][square]
 
 inline HashKey piece_key(Piece piece, Square square) {
-    return zobrist_piece_square[static_cast<std::size_t>(piece)][static_cast<std::size_t>(square)];
+    return zobrist_piece_square[piece][square];
 }
 
 }  // namespace quelmar

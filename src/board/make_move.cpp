@@ -1,9 +1,10 @@
 #include "board/make_move.h"
 
+#include "board/consistency.h"
 #include "board/hash_keys.h"
 #include "board/move_list.h"
 #include "board/position.h"
-#include "eval/square_tables.h"
+#include "board/square_tables.h"
 
 namespace quelmar {
 
@@ -29,20 +30,20 @@ Castling castling_of(int flags) {
 }
 
 Square rook_home(const Castling& castling) {
-    return position.castle_rook_square[static_cast<std::size_t>(castling.rook_index)];
+    return position.castle_rook_square[castling.rook_index];
 }
 
 Square king_home(const Castling& castling) {
-    return position.king_home[static_cast<std::size_t>(castling.side)];
+    return position.king_home[castling.side];
 }
 
 u8& square_ref(Square square) {
-    return position.board[static_cast<std::size_t>(square)];
+    return position.board[square];
 }
 
 // Where the victim of an en-passant capture stands, seen from the record before the capture.
 Square en_passant_victim(const UndoRecord& before, Side mover) {
-    return before.ep_square + (mover == WHITE ? -16 : 16);
+    return before.ep_square - forward_of(mover);
 }
 
 // Opens `after`, in which the mover has become "them".
@@ -231,7 +232,7 @@ HashKey key_after_packed_move(HashKey key, PackedMove packed) {
     key = key_after_move(key, &move);
     if (move.flags == EN_PASSANT) {
         // The victim was keyed on `to`; it stands one rank behind.
-        const Square victim = move.to + (side_of(move.piece) == WHITE ? -16 : 16);
+        const Square victim = move.to - forward_of(side_of(move.piece));
         key ^= piece_key(move.captured, victim) ^ piece_key(move.captured, move.to);
     }
     return key;
@@ -241,13 +242,13 @@ u32 pawn_key_after_move(u32 pawn_key, const Move* move) {
     if (move == nullptr)
         return pawn_key;
     if (is_pawn(move->piece)) {
-        const auto& keys = pawn_zobrist[static_cast<std::size_t>(side_of(move->piece))];
+        const auto& keys = pawn_zobrist[side_of(move->piece)];
         pawn_key ^= keys[move->from];
         if (move->promotion == EMPTY)
             pawn_key ^= keys[move->to];
     }
     if (is_pawn(move->captured))
-        pawn_key ^= pawn_zobrist[static_cast<std::size_t>(side_of(move->captured))][move->to];
+        pawn_key ^= pawn_zobrist[side_of(move->captured)][move->to];
     return pawn_key;
 }
 

@@ -17,14 +17,14 @@ inline constexpr int MOVE_LIST_PLIES = 84;
 struct MoveList {
     // Room for the longest list at every ply, so that no position can overflow it; pages that no real game
     // touches cost nothing.
-    std::array<Move, static_cast<std::size_t>(MAX_MOVES_IN_POSITION) * MOVE_LIST_PLIES> move_stack;
-    std::array<Move*, MOVE_LIST_PLIES> ply_list_start{};
+    Table<Move, MAX_MOVES_IN_POSITION * MOVE_LIST_PLIES> move_stack;
+    Table<Move*, MOVE_LIST_PLIES> ply_list_start{};
 
-    Move*& start_of(int ply) { return ply_list_start[static_cast<std::size_t>(ply)]; }
+    Move*& start_of(int ply) { return ply_list_start[ply]; }
     // The moves of the current search ply.
     std::span<Move> current() { return {start_of(position.search_ply), start_of(position.search_ply + 1)}; }
 };
 
-extern MoveList move_list;  // written by the generators and the null move
+inline MoveList move_list;  // written by the generators and the null move
 
 }  // namespace quelmar

@@ -1,9 +1,9 @@
 #include "board/perft.h"
 
+#include "board/attacks.h"
 #include "board/make_move.h"
 #include "board/move_list.h"
 #include "board/position.h"
-#include "eval/attacks.h"
 
 namespace quelmar {
 

@@ -1,8 +1,5 @@
 #include "board/position.h"
 
-#include "board/hash_keys.h"
-#include "eval/square_tables.h"
-
 #include <algorithm>
 
 namespace quelmar {
@@ -42,52 +39,17 @@ int flags_of_kind(u32 kind) {
     return kind == EN_PASSANT_KIND ? EN_PASSANT : 0;
 }
 
-// What a record counts, recounted from the board.
-struct Recount {
-    std::array<i32, 2> material{}, pst{};
-    std::array<int, 2> pawns{}, men{};
-};
-
-Recount recount() {
-    Recount count;
-    for (u8 index_square : square_of_index) {
-        const Piece piece = position.at(index_square);
-        if (!is_man(piece))
-            continue;
-        const auto side = static_cast<std::size_t>(side_of(piece));
-        count.pst[side] += placement_of(piece, index_square);
-        ++count.men[side];
-        count.pawns[side] += is_pawn(piece);
-        if (kind_of(piece) != KING)
-            count.material[side] += value_of(piece);
-    }
-    return count;
-}
-
-bool list_is_consistent(Side side, int men) {
-    Square before = side;
-    int listed = 0;
-    for (Square square = position.first_of(side); square != LIST_END; square = position.next_man(square)) {
-        const bool is_king = position.at(square) == man_of(side, KING);
-        if (++listed > men || !is_man_of(position.at(square), side) || link_of(square).prev != before ||
-            is_king != (listed == 1))
-            return false;
-        before = square;
-    }
-    return listed == men;
-}
-
 }  // namespace
 
 // One pass: the men are threaded from the heads on, then the kings are put in front.
 void rebuild_piece_lists() {
-    std::array<u8, 2> king = {link_of(WHITE_LIST).next, link_of(BLACK_LIST).next};
-    std::array<u8, 2> tail = {WHITE_LIST, BLACK_LIST};
+    Table<u8, 2> king = {link_of(WHITE_LIST).next, link_of(BLACK_LIST).next};
+    Table<u8, 2> tail = {WHITE_LIST, BLACK_LIST};
     for (u8 square : square_of_index) {
         const Piece piece = position.at(square);
         if (piece == EMPTY)
             continue;
-        const auto side = static_cast<std::size_t>(side_of(piece));
+        const int side = side_of(piece);
         if (kind_of(piece) == KING) {
             king[side] = square;
             continue;
@@ -96,7 +58,7 @@ void rebuild_piece_lists() {
         link_of(square).prev = tail[side];
         tail[side] = square;
     }
-    for (u8 head : std::array<u8, 2>{WHITE_LIST, BLACK_LIST}) {
+    for (u8 head : Table<u8, 2>{WHITE_LIST, BLACK_LIST}) {
         link_of(tail[head]).next = LIST_END;
         const u8 first = link_of(head).next;
         link_of(king[head]) = {head, first};
@@ -134,18 +96,6 @@ void make_room_on_stack() {
     std::copy(stack.begin() + PLIES_TO_DROP, stack.begin() + position.game_ply + 1, stack.begin());
     position.game_ply -= PLIES_TO_DROP;
     position.dropped_plies += PLIES_TO_DROP;
-}
-
-bool position_is_consistent() {
-    const Recount count = recount();
-    const auto us = static_cast<std::size_t>(position.side_to_move), them = us ^ 1;
-    const UndoRecord& here = position.current();
-    return here.key == compute_key() && here.pawn_key == compute_pawn_key() &&
-           here.material_us == count.material[us] && here.material_them == count.material[them] &&
-           here.pst_us == count.pst[us] && here.pst_them == count.pst[them] &&
-           here.pawns_us == count.pawns[us] && here.pawns_them == count.pawns[them] &&
-           here.men_us == count.men[us] && here.men_them == count.men[them] &&
-           list_is_consistent(WHITE, count.men[WHITE]) && list_is_consistent(BLACK, count.men[BLACK]);
 }
 
 }  // namespace quelmar

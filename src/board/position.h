@@ -11,9 +11,26 @@
 #pragma once
 
 #include "board/types.h"
-#include "protocol/clocks.h"
 
 namespace quelmar {
+
+// How a side's time is counted. Clocks are written by the front ends and read by time management.
+enum class ClockKind : i32 {
+    WHOLE_GAME,     // time_left_ms for the rest of the game, plus increment
+    PER_MOVE,       // time_left_ms for each move, never charged
+    FIXED_DEPTH,    // depth_limit iterations, time does not count
+    UNLIMITED,      // "go infinite"; has no budget of its own
+    MOVES_IN_TIME,  // moves_per_control moves in time_left_ms
+};
+
+// One side's clock, kept in every entry of the position stack.
+struct SideClock {
+    ClockKind kind = ClockKind::WHOLE_GAME;
+    i32 moves_per_control = 0;
+    i32 time_left_ms = 0;  // may become negative
+    i32 depth_limit = 0;   // iterations, for FIXED_DEPTH
+    i32 increment_ms = 0;
+};
 
 struct PieceLink {
     u8 prev = 0;
@@ -30,10 +47,10 @@ struct UndoRecord {
     u8 ep_square = 0;       // square a pawn skipped on the move that led here, 0 otherwise
     // Men in most danger, worst first; an entry exists only where its value is not 0. Written by
     // find_threats.
-    std::array<u8, 3> threat_square_them{};
-    std::array<u8, 3> threat_value_them{};  // in pawns
-    std::array<u8, 3> threat_square_us{};
-    std::array<u8, 3> threat_value_us{};
+    Table<u8, 3> threat_square_them{};
+    Table<u8, 3> threat_value_them{};  // in pawns
+    Table<u8, 3> threat_square_us{};
+    Table<u8, 3> threat_value_us{};
     u8 spare = 0;
     i32 material_us = 0;  // 128ths of a pawn, pawns included, king excluded
     i32 material_them = 0;
@@ -43,7 +60,7 @@ struct UndoRecord {
     u8 men_them = 0;
     i32 pst_us = 0;  // sums of piece_square, king included
     i32 pst_them = 0;
-    std::array<SideClock, 2> clock;  // White's, Black's; copied forward by game moves only
+    Table<SideClock, 2> clock;  // White's, Black's; copied forward by game moves only
 };
 
 inline constexpr int POSITION_STACK_SIZE = 1024;
@@ -51,27 +68,27 @@ inline constexpr int POSITION_STACK_SIZE = 1024;
 inline constexpr int SEARCH_HEADROOM = 2 * 80;
 
 struct Position {
-    std::array<u8, BOARD_SIZE> board{};               // OFF_BOARD outside the 64 squares, at all times
-    std::array<PieceLink, BOARD_SIZE> piece_links{};  // heads WHITE_LIST and BLACK_LIST, end LIST_END
+    Table<u8, BOARD_SIZE> board{};               // OFF_BOARD outside the 64 squares, at all times
+    Table<PieceLink, BOARD_SIZE> piece_links{};  // heads WHITE_LIST and BLACK_LIST, end LIST_END
     Side side_to_move = WHITE;
-    std::array<Square, 2> king_home{};           // meaningful only with a castling right of that side
-    std::array<Square, 4> castle_rook_square{};  // White short, long, Black short, long
+    Table<Square, 2> king_home{};           // meaningful only with a castling right of that side
+    Table<Square, 4> castle_rook_square{};  // White short, long, Black short, long
     // Rights that a man leaving this square loses; follows from the two fields above, made by set-up.
-    std::array<u8, BOARD_SIZE> castle_bits_of{};
-    std::array<UndoRecord, POSITION_STACK_SIZE> position_stack;
+    Table<u8, BOARD_SIZE> castle_bits_of{};
+    Table<UndoRecord, POSITION_STACK_SIZE> position_stack;
     int game_ply = 0;       // index of the current entry
     int search_ply = 0;     // moves since the search root, null moves included
     int dropped_plies = 0;  // entries a very long game has lost from the bottom of the stack
     bool usable = false;    // false after a failed set-up: nothing may then look at the position
 
-    UndoRecord& current() { return position_stack[static_cast<std::size_t>(game_ply)]; }
+    UndoRecord& current() { return position_stack[game_ply]; }
     // The record before the current one: its `move` led here. Needs game_ply > 0.
-    UndoRecord& previous() { return position_stack[static_cast<std::size_t>(game_ply - 1)]; }
+    UndoRecord& previous() { return position_stack[game_ply - 1]; }
     // The record `plies` before the current one. Needs game_ply >= plies.
-    UndoRecord& back(int plies) { return position_stack[static_cast<std::size_t>(game_ply - plies)]; }
-    Piece at(Square square) const { return board[static_cast<std::size_t>(square)]; }
-    Square first_of(Side side) const { return piece_links[static_cast<std::size_t>(side)].next; }
-    Square next_man(Square square) const { return piece_links[static_cast<std::size_t>(square)].next; }
+    UndoRecord& back(int plies) { return position_stack[game_ply - plies]; }
+    Piece at(Square square) const { return board[square]; }
+    Square first_of(Side side) const { return piece_links[side].next; }
+    Square next_man(Square square) const { return piece_links[square].next; }
     Square king_square(Side side) const { return first_of(side); }
 };
 
@@ -95,12 +112,9 @@ Side root_side();
 // the front ends before they play a game move, so that games may be longer than the stack.
 void make_room_on_stack();
 
-// Recomputes keys, sums, counts and lists from the board and compares. Asserted around moves in debug builds.
-bool position_is_consistent();
-
 // List primitives of make and unmake.
 inline PieceLink& link_of(Square square) {
-    return position.piece_links[static_cast<std::size_t>(square)];
+    return position.piece_links[square];
 }
 
 // The man on `from` keeps its place in the list and is found on `to` from now on.

@@ -1,23 +1,145 @@
 #include "board/setup.h"
 
-#include "board/fen_fields.h"
-#include "board/generate.h"
+#include "board/attacks.h"
+#include "board/consistency.h"
 #include "board/hash_keys.h"
+#include "board/move_list.h"
 #include "board/position.h"
-#include "eval/square_tables.h"
-#include "protocol/clocks.h"
-#include "protocol/dialect.h"
-#include "protocol/protocol_state.h"
-#include "search/search_state.h"
+#include "board/square_tables.h"
 
 #include <algorithm>
+#include <charconv>
+#include <limits>
 #include <string_view>
 
 namespace quelmar {
 
-std::array<Move, MAX_MOVES_IN_POSITION + 1> root_moves;
-
 namespace {
+
+struct FenFields {
+    std::string_view castling, en_passant, halfmove_clock;
+};
+
+// Squares of the rooks that may castle, White short, long, Black short, long; 0 without the right. A right
+// without its rook is dropped. The functions that find them need board and piece lists.
+using CastlingRooks = Table<Square, 4>;
+
+// Which of several rooks on one side of the king a letter of KQkq means.
+enum class RookMeant { NEAREST, OUTERMOST };
+
+constexpr std::string_view CASTLING_LETTERS = "KQkq";  // in the order of the bits
+constexpr std::string_view WHITE_FILES = "ABCDEFGH", BLACK_FILES = "abcdefgh";
+
+std::string_view take_field(std::string_view& text) {
+    text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
+    const std::string_view field = text.substr(0, text.find(' '));
+    text.remove_prefix(field.size());
+    return field;
+}
+
+// -1 if the letter is none of them.
+int place_of(char letter, std::string_view letters) {
+    const std::size_t place = letters.find(letter);
+    return place != std::string_view::npos ? static_cast<int>(place) : -1;
+}
+
+Side side_of_castling(int index) {
+    return index < 2 ? WHITE : BLACK;
+}
+
+bool is_rook_of(Side side, Square square) {
+    return position.at(square) == man_of(side, ROOK);
+}
+
+bool king_on_back_rank(Side side) {
+    return rank_of(position.king_square(side)) == (side == WHITE ? 0 : 7);
+}
+
+// 0 if there is none.
+Square rook_beside_king(int castling, RookMeant meant) {
+    const Side side = side_of_castling(castling);
+    if (meant == RookMeant::OUTERMOST && !king_on_back_rank(side))
+        return 0;
+    const int step = castling % 2 == 0 ? 1 : -1;
+    Square found = 0;
+    for (Square square = position.king_square(side) + step; is_playing_square(square); square += step) {
+        if (!is_rook_of(side, square))
+            continue;
+        found = square;
+        if (meant == RookMeant::NEAREST)
+            break;
+    }
+    return found;
+}
+
+void allow_rook_on_file(CastlingRooks& rooks, Side side, int file) {
+    const Square king = position.king_square(side), rook = king - file_of(king) + file;
+    if (king_on_back_rank(side) && is_rook_of(side, rook))
+        rooks[2 * side + (rook > king ? 0 : 1)] = rook;
+}
+
+// Whether the king of `side` stood in check before the enemy pawn on `pawn` came from `origin`.
+bool was_in_check_before(Side side, Square pawn, Square origin) {
+    u8 &now = position.board[pawn], &then = position.board[origin];
+    std::swap(now, then);
+    const bool checked = in_check(side);
+    std::swap(now, then);
+    return checked;
+}
+
+// `text` begins at the side to move; fields that are missing are empty.
+FenFields split_fen_fields(std::string_view text) {
+    take_field(text);
+    FenFields fields;
+    fields.castling = take_field(text);
+    fields.en_passant = take_field(text);
+    fields.halfmove_clock = take_field(text);
+    return fields;
+}
+
+// KQkq, or file letters (A to H for White, a to h for Black) for the rook on that file. For outermost rooks,
+// and in all file letters, the king has to stand on its back rank.
+CastlingRooks castling_rooks(std::string_view field, RookMeant meant) {
+    CastlingRooks rooks{};
+    // An operation of an EPD line without a castling field ("bm") names no rooks.
+    const bool has_files = field.find_first_not_of("KQkqABCDEFGHabcdefgh") == std::string_view::npos;
+    for (const char letter : field) {
+        const int castling = place_of(letter, CASTLING_LETTERS);
+        const int white_file = place_of(letter, WHITE_FILES), black_file = place_of(letter, BLACK_FILES);
+        if (castling >= 0)
+            rooks[castling] = rook_beside_king(castling, meant);
+        else if (has_files && white_file >= 0)
+            allow_rook_on_file(rooks, WHITE, white_file);
+        else if (has_files && black_file >= 0)
+            allow_rook_on_file(rooks, BLACK, black_file);
+    }
+    return rooks;
+}
+
+// The square that the field names if the last move can have been the double step over it, otherwise 0. Needs
+// the side to move as well.
+Square possible_en_passant(std::string_view field) {
+    const Side us = position.side_to_move, them = other_side(us);
+    const int skipped_rank = us == WHITE ? 5 : 2, step = -forward_of(us);  // the way the pawn went
+    if (field.size() != 2 || field[0] < 'a' || field[0] > 'h' || field[1] != '1' + skipped_rank)
+        return 0;
+    const Square skipped = square_at(field[0] - 'a', skipped_rank);
+    const Square pawn = skipped + step, origin = skipped - step;
+    if (position.at(skipped) != EMPTY || position.at(origin) != EMPTY ||
+        position.at(pawn) != man_of(them, PAWN))
+        return 0;
+    return was_in_check_before(us, pawn, origin) ? 0 : skipped;
+}
+
+// What fits into the clock; 0 if the field is no number.
+u8 read_halfmove_clock(std::string_view field) {
+    constexpr unsigned LIMIT = std::numeric_limits<u8>::max();
+    unsigned plies = 0;
+    const auto [end, error] = std::from_chars(field.data(), field.data() + field.size(), plies);
+    if (error == std::errc::result_out_of_range)
+        return LIMIT;
+    return static_cast<u8>(std::min(plies, LIMIT));
+}
 
 constexpr std::string_view PIECE_CODES = " PNBRQKpnbrqk";  // in the order of the piece codes
 
@@ -31,11 +153,6 @@ void clear_board() {
         position.board[square] = EMPTY;
 }
 
-int fail(int line) {
-    dialect.report_bad_fen(line);
-    return 1;
-}
-
 bool one_king_each() {
     const auto count = [](Piece piece) {
         return std::count(position.board.begin(), position.board.end(), static_cast<u8>(piece));
@@ -43,29 +160,28 @@ bool one_king_each() {
     return count(WHITE_KING) == 1 && count(BLACK_KING) == 1;
 }
 
-// Reads the placement and moves `text` behind the separator that ends rank 1. Returns 0 or the number of the
-// error.
-int parse_placement(const char*& text) {
+// Reads the placement and moves `text` behind the separator that ends rank 1.
+FenError parse_placement(const char*& text) {
     for (Square square = A8; square >= FIRST_SQUARE; ++text) {
         const char c = *text;
         if (c == '\0')
-            return 1;
+            return FenError::PLACEMENT_CUT_SHORT;
         if (is_separator(c)) {
             square = (square & ~15) - 16;
         } else if (c >= '0' && c <= '9') {
             if (file_of(square) + (c - '0') > 8)
-                return 2;
+                return FenError::PLACEMENT_IMPOSSIBLE;
             square += c - '0';
         } else {
             const std::size_t code = PIECE_CODES.find(c);
             if (code == std::string_view::npos || !is_playing_square(square))
-                return 2;
-            position.board[static_cast<std::size_t>(square)] = static_cast<u8>(code);
+                return FenError::PLACEMENT_IMPOSSIBLE;
+            position.board[square] = static_cast<u8>(code);
             if (!is_separator(text[1]))
                 ++square;
         }
     }
-    return one_king_each() ? 0 : 2;
+    return one_king_each() ? FenError::NONE : FenError::PLACEMENT_IMPOSSIBLE;
 }
 
 // Entry 0 of the stack and the piece lists, from board and side to move; castle_lost is left to the caller.
@@ -76,7 +192,6 @@ void init_position_state() {
     move_list.start_of(0) = move_list.move_stack.data();
     UndoRecord& here = position.current();
     here = UndoRecord{};
-    here.clock = {time_control.fresh_clock(), time_control.fresh_clock()};
     here.men_us = here.men_them = 1;
     for (u8 square : square_of_index) {
         const Piece piece = position.at(square);
@@ -101,23 +216,22 @@ void set_castling(const CastlingRooks& rooks) {
     position.castle_bits_of.fill(0);
     u8& lost = position.current().castle_lost;
     lost = CASTLE_ANY;
-    for (std::size_t i = 0; i < rooks.size(); ++i) {
+    for (int i = 0; i < rooks.size(); ++i) {
         if (rooks[i] == 0)
             continue;
         const auto bit = static_cast<u8>(1 << i);
         const Side side = i < 2 ? WHITE : BLACK;
         const Square king = position.king_square(side);
         lost = static_cast<u8>(lost & ~bit);
-        position.king_home[static_cast<std::size_t>(side)] = king;
+        position.king_home[side] = king;
         position.castle_rook_square[i] = rooks[i];
-        position.castle_bits_of[static_cast<std::size_t>(king)] |= bit;
-        position.castle_bits_of[static_cast<std::size_t>(rooks[i])] |= bit;
+        position.castle_bits_of[king] |= bit;
+        position.castle_bits_of[rooks[i]] |= bit;
     }
 }
 
-// What stands behind the side to move, as far as the dialect reads it.
-void read_fields(const FenFields& fields) {
-    if (!dialect.reads_whole_fen) {
+void read_fields(const FenFields& fields, FenFieldsRead wanted) {
+    if (wanted == FenFieldsRead::CASTLING) {
         set_castling(castling_rooks(fields.castling, RookMeant::NEAREST));
         return;
     }
@@ -128,34 +242,20 @@ void read_fields(const FenFields& fields) {
 
 }  // namespace
 
-int parse_fen(const char* text) {
+FenError parse_fen(const char* text, FenFieldsRead fields) {
     position.usable = false;
     clear_board();
-    const int error = parse_placement(text);
-    if (error != 0)
-        return fail(error);
+    const FenError error = parse_placement(text);
+    if (error != FenError::NONE)
+        return error;
     if (*text != 'w' && *text != 'W' && *text != 'b' && *text != 'B')
-        return fail(3);
+        return FenError::NO_SIDE_TO_MOVE;
     position.side_to_move = *text == 'w' || *text == 'W' ? WHITE : BLACK;
     init_position_state();
-    read_fields(split_fen_fields(text));
+    read_fields(split_fen_fields(text), fields);
     position.usable = true;
-    protocol_state.game_over = false;
-    reset_search();
     assert(position_is_consistent());
-    return 0;
-}
-
-void build_root_moves() {
-    reset_search();
-    root_moves[0].from = 0;
-    if (!position.usable)
-        return;
-    generate_legal_moves();
-    // A set-up position may let the side to move take the king; no game goes on after that.
-    const auto end = std::copy_if(move_list.current().begin(), move_list.current().end(), root_moves.begin(),
-                                  [](const Move& move) { return kind_of(move.captured) != KING; });
-    end->from = 0;
+    return FenError::NONE;
 }
 
 }  // namespace quelmar

@@ -34,10 +34,48 @@ template <typename Narrow, typename Wide> constexpr Narrow narrow(Wide value) {
     return static_cast<Narrow>(value);
 }
 
+// An array that is indexed by what the program counts in: squares, men, sides and plies are ints.
+template <typename T, int SIZE> struct Table {
+    using value_type = T;
+    T cells[SIZE];
+
+    constexpr T& operator[](int index) {
+        assert(index >= 0 && index < SIZE);
+        return cells[index];
+    }
+    constexpr const T& operator[](int index) const {
+        assert(index >= 0 && index < SIZE);
+        return cells[index];
+    }
+    static constexpr int size() { return SIZE; }
+    constexpr T* data() { return cells; }
+    constexpr const T* data() const { return cells; }
+    constexpr T* begin() { return cells; }
+    constexpr const T* begin() const { return cells; }
+    constexpr T* end() { return cells + SIZE; }
+    constexpr const T* end() const { return cells + SIZE; }
+    constexpr void fill(const T& value) {
+        for (T& cell : cells)
+            cell = value;
+    }
+    bool operator==(const Table&) const = default;
+};
+
+// The nearest value that fits.
+constexpr i32 clamp_to_i32(i64 value) {
+    constexpr i64 LEAST = INT32_MIN, MOST = INT32_MAX;
+    return static_cast<i32>(value < LEAST ? LEAST : value > MOST ? MOST : value);
+}
+
 inline constexpr Side WHITE = 0, BLACK = 1;
 
 constexpr Side other_side(Side side) {
     return side ^ 1;
+}
+
+// The step of a pawn.
+constexpr int forward_of(Side side) {
+    return side == WHITE ? 16 : -16;
 }
 
 // White's men are also the names of the kinds.
@@ -48,23 +86,25 @@ inline constexpr Piece BLACK_PAWN = 7, BLACK_KNIGHT = 8, BLACK_BISHOP = 9, BLACK
                        BLACK_KING = 12;
 inline constexpr Piece OFF_BOARD = 13;
 
-// The following four take a man (1..12), not EMPTY or OFF_BOARD, unless they say otherwise.
+// The following three take a man (1..12), not OFF_BOARD.
 constexpr Side side_of(Piece man) {
     return man > WHITE_KING ? BLACK : WHITE;
 }
+// EMPTY stays EMPTY.
 constexpr Piece kind_of(Piece man) {
     return man > WHITE_KING ? man - 6 : man;
-}  // EMPTY stays EMPTY
+}
 constexpr Piece man_of(Side side, Piece kind) {
     return kind + 6 * side;
 }
+
+// The following take any code.
 constexpr bool is_pawn(Piece piece) {
     return piece == WHITE_PAWN || piece == BLACK_PAWN;
-}  // any code
+}
 constexpr bool is_man(Piece piece) {
     return piece > EMPTY && piece < OFF_BOARD;
-}  // any code
-// True for a man of `side`; false for EMPTY and OFF_BOARD.
+}
 constexpr bool is_man_of(Piece piece, Side side) {
     return side == WHITE ? piece >= WHITE_PAWN && piece <= WHITE_KING
                          : piece >= BLACK_PAWN && piece <= BLACK_KING;
@@ -76,30 +116,31 @@ inline constexpr char LOWER_LETTERS[] = " pnbrqkpnbrqk";
 inline constexpr Square FIRST_SQUARE = 64, LAST_SQUARE = 183;  // a1, h8
 inline constexpr int BOARD_SIZE = 256;
 
+// File and rank are 0..7 on the board.
 constexpr Square square_at(int file, int rank) {
     return 16 * (rank + 4) + file;
-}  // both 0..7
+}
 constexpr int file_of(Square square) {
     return square & 15;
-}  // 0..7 on the board
+}
 constexpr int rank_of(Square square) {
     return (square >> 4) - 4;
-}  // 0..7 on the board
+}
 constexpr bool is_playing_square(Square square) {
     return square >= FIRST_SQUARE && square <= LAST_SQUARE && file_of(square) < 8;
 }
 
 // a1 = 0, h1 = 7, ... h8 = 63, the numbering of the history table and of the endgame tables.
 constexpr auto index_of_square = [] {
-    std::array<u8, BOARD_SIZE> table{};  // 0 for every off-board square
+    Table<u8, BOARD_SIZE> table{};  // 0 for every off-board square
     for (int i = 0; i < 64; ++i)
-        table[static_cast<std::size_t>(square_at(i % 8, i / 8))] = static_cast<u8>(i);
+        table[square_at(i % 8, i / 8)] = static_cast<u8>(i);
     return table;
 }();
 constexpr auto square_of_index = [] {
-    std::array<u8, 64> table{};
+    Table<u8, 64> table{};
     for (int i = 0; i < 64; ++i)
-        table[static_cast<std::size_t>(i)] = static_cast<u8>(square_at(i % 8, i / 8));
+        table[i] = static_cast<u8>(square_at(i % 8, i / 8));
     return table;
 }();
 
@@ -117,7 +158,7 @@ inline constexpr int CASTLE_WHITE_SHORT = 1, CASTLE_WHITE_LONG = 2, CASTLE_BLACK
 template <Side Us> struct Facing {
     static constexpr Side THEM = Us ^ 1;
     static constexpr int SIGN = Us == WHITE ? 1 : -1;
-    static constexpr int FORWARD = 16 * SIGN;
+    static constexpr int FORWARD = forward_of(Us);
     static constexpr Piece OUR_PAWN = man_of(Us, PAWN), OUR_KNIGHT = man_of(Us, KNIGHT),
                            OUR_BISHOP = man_of(Us, BISHOP), OUR_ROOK = man_of(Us, ROOK),
                            OUR_QUEEN = man_of(Us, QUEEN), OUR_KING = man_of(Us, KING);
@@ -161,6 +202,11 @@ constexpr Square packed_from(PackedMove packed) {
 }
 constexpr Square packed_to(PackedMove packed) {
     return static_cast<Square>(packed >> 8 & 255);
+}
+
+// The same move of one position, whatever its score and flag of check.
+inline bool same_move(const Move& a, const Move& b) {
+    return a.from == b.from && a.to == b.to && a.promotion == b.promotion && a.flags == b.flags;
 }
 
 inline bool same_squares(const Move& a, const Move& b) {

@@ -13,7 +13,7 @@ bool recognise_endgame(EvalContext& context, int& score);
 void flag_rook_pawns(EvalContext& context);
 
 // Pure pawn endings only: kings, pawns and races in points for each side. Needs both attack maps.
-std::array<int, 2> eval_pawn_ending(const EvalContext& context);
+Table<int, 2> eval_pawn_ending(const EvalContext& context);
 
 // The solved endings. Each finds its strong side (more material; with equal material the side that is not to
 // move) and returns the score of the side to move.

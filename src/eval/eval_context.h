@@ -5,17 +5,13 @@
 #pragma once
 
 #include "board/position.h"
-#include "eval/attack_map.h"
+#include "board/square_tables.h"
 #include "eval/exchange.h"
+#include "eval/outputs.h"
+#include "eval/pawn_squares.h"
 #include "eval/pawns.h"
-#include "eval/square_tables.h"
 
 namespace quelmar {
-
-inline constexpr int RANK_1 = 0, RANK_2 = 1, RANK_3 = 2, RANK_4 = 3, RANK_5 = 4, RANK_6 = 5, RANK_7 = 6,
-                     RANK_8 = 7;
-inline constexpr int FILE_A = 0, FILE_B = 1, FILE_C = 2, FILE_D = 3, FILE_E = 4, FILE_F = 5, FILE_G = 6,
-                     FILE_H = 7;
 
 // Middlegame and endgame share of a term, 128ths of a pawn.
 struct Points {
@@ -57,11 +53,11 @@ struct EvalContext {
     const Side us;   // side to move
     const int sign;  // +1 White to move, -1 Black
     const PawnEntry& pawns;
-    std::array<SideTerms, 2> terms;
+    Table<SideTerms, 2> terms;
     bool opposite_bishops = false;  // one bishop each, of different square colours
 
-    SideTerms& of(Side side) { return terms[static_cast<std::size_t>(side)]; }
-    const SideTerms& of(Side side) const { return terms[static_cast<std::size_t>(side)]; }
+    SideTerms& of(Side side) { return terms[side]; }
+    const SideTerms& of(Side side) const { return terms[side]; }
     int total_material() const { return terms[WHITE].material + terms[BLACK].material; }
     int total_non_pawn() const { return terms[WHITE].non_pawn + terms[BLACK].non_pawn; }
 };
@@ -80,7 +76,7 @@ struct PawnScore {
     int passed_kings = 0;  // kings near passed pawns, endgame only
 };
 // Scores the pawn entry against the men on the board. Needs the walk.
-std::array<PawnScore, 2> score_pawns(const EvalContext& context);
+Table<PawnScore, 2> score_pawns(const EvalContext& context);
 
 struct KingScore {
     int shelter = 0;      // middlegame only
@@ -90,32 +86,14 @@ struct KingScore {
     int development = 0;  // zero or negative, before its weight
 };
 // Needs the walk.
-std::array<KingScore, 2> score_kings(const EvalContext& context);
+Table<KingScore, 2> score_kings(const EvalContext& context);
 
-// Multiplies the balance of king danger; depends on settings.style.
+// Multiplies the balance of king danger; depends on playing_style.
 int king_safety_weight();
 
 // A pawn of `Us` on the square would not be lost to the men that bear on it.
 template <Side Us> bool safe_for_pawn(Square square) {
     return exchange_loss(Facing<Us>::OUR_PAWN, attack_byte(WHITE, square), attack_byte(BLACK, square)) == 0;
-}
-
-template <Side Us> bool own_pawn_on(Square square) {
-    return position.at(square) == Facing<Us>::OUR_PAWN;
-}
-template <Side Us> bool enemy_pawn_on(Square square) {
-    return position.at(square) == Facing<Us>::THEIR_PAWN;
-}
-
-// Whether an enemy pawn attacks the square from in front.
-template <Side Us> bool attacked_by_enemy_pawn(Square square) {
-    return enemy_pawn_on<Us>(square + Facing<Us>::FORWARD - 1) ||
-           enemy_pawn_on<Us>(square + Facing<Us>::FORWARD + 1);
-}
-
-// A playing square as `Us` sees it from its own first rank.
-template <Side Us> constexpr Square seen_by(Square square) {
-    return Us == WHITE ? square : flip_rank(square);
 }
 
 }  // namespace quelmar

@@ -18,8 +18,8 @@ struct EvalTrace {
     int mg = 0, eg = 0;       // totals for the side to move, before they are blended
     int blended = 0;
     int score = 0;  // after scaling
-    std::array<int, 2> scale_shift{};
-    std::array<bool, 2> cannot_win{};
+    Table<int, 2> scale_shift{};
+    Table<bool, 2> cannot_win{};
 };
 
 // evaluate() with a record of every term, for White and Black.

@@ -9,19 +9,17 @@
 #include "eval/evaluate.h"
 
 #include "board/position.h"
-#include "eval/attack_map.h"
-#include "eval/drawn_table.h"
+#include "board/square_tables.h"
 #include "eval/endings.h"
 #include "eval/eval_context.h"
 #include "eval/eval_trace.h"
-#include "eval/ply_outputs.h"
+#include "eval/outputs.h"
 
 #include <algorithm>
 
 namespace quelmar {
 
-std::array<AttackMap, 2> attack_map;
-std::array<PlyOutputs, 84> ply_outputs;
+Style playing_style = Style::ACTIVE;
 
 namespace {
 
@@ -63,7 +61,7 @@ public:
 
 template <Side Us> int endgame_king_gain(const EvalContext& context) {
     const Square king = context.of(Us).king;
-    return value_at(king_endgame_square, king) - placement_of(Facing<Us>::OUR_KING, king);
+    return king_endgame_square[king] - placement_of(Facing<Us>::OUR_KING, king);
 }
 
 // Files from the first to the last pawn; knights are slow when pawns stand on both wings.
@@ -80,24 +78,24 @@ int pawn_span(const PawnEntry& pawns) {
 
 // For the side to move, endgame only. Twice as much for a side that has nothing but knights.
 int knights_and_span(const EvalContext& context) {
-    constexpr std::array<u8, 8> PER_KNIGHT = {0, 0, 0, 0, 5, 10, 15, 20};
+    constexpr Table<u8, 8> PER_KNIGHT = {0, 0, 0, 0, 5, 10, 15, 20};
     const SideTerms& own = context.of(context.us);
     const SideTerms& enemy = context.of(other_side(context.us));
     if (own.queens + enemy.queens > 0 || own.pawns + enemy.pawns == 0 ||
         context.total_non_pawn() >= MIDDLEGAME_MATERIAL)
         return 0;
-    const int value = (enemy.knights - own.knights) * entry_of(PER_KNIGHT, pawn_span(context.pawns));
+    const int value = (enemy.knights - own.knights) * PER_KNIGHT[pawn_span(context.pawns)];
     const SideTerms& slow = value < 0 ? own : enemy;
     return slow.rooks + slow.bishops == 0 ? 2 * value : value;
 }
 
 template <Side Us> int bishop_pair(const EvalContext& context) {
-    constexpr std::array<u8, CENTRE_TYPES> BY_CENTRE = {64, 50, 0, 15, 40, 30};
+    constexpr Table<u8, CENTRE_TYPES> BY_CENTRE = {64, 50, 0, 15, 40, 30};
     constexpr int NO_ENEMY_MINOR = 20;
     if (context.of(Us).bishop_colours != (LIGHT_BISHOP | DARK_BISHOP))
         return 0;
     const SideTerms& enemy = context.of(Facing<Us>::THEM);
-    return entry_of(BY_CENTRE, context.pawns.structure_type) +
+    return BY_CENTRE[context.pawns.structure_type] +
            (enemy.knights + enemy.bishops == 0 ? NO_ENEMY_MINOR : 0);
 }
 
@@ -142,27 +140,26 @@ template <Side Us> int trapped_bishops(const EvalContext& context) {
 
 // Twelve squares before the enemy's camp, weighed by place and by the kinds of men that bear on them.
 template <Side Us> int centre_control() {
-    constexpr std::array<u8, 32> BY_KINDS = {0, 4, 2, 6, 1, 5, 3, 7, 1, 5, 3, 7, 2, 3, 3, 3,
-                                             0, 4, 2, 6, 1, 5, 3, 3, 1, 5, 3, 3, 2, 2, 2, 2};
-    constexpr std::array<std::array<u8, 4>, 3> WEIGHTS = {{{1, 2, 2, 1}, {2, 3, 3, 2}, {3, 4, 4, 3}}};
+    constexpr Table<u8, 32> BY_KINDS = {0, 4, 2, 6, 1, 5, 3, 7, 1, 5, 3, 7, 2, 3, 3, 3,
+                                        0, 4, 2, 6, 1, 5, 3, 3, 1, 5, 3, 3, 2, 2, 2, 2};
+    constexpr Table<Table<u8, 4>, 3> WEIGHTS = {{{1, 2, 2, 1}, {2, 3, 3, 2}, {3, 4, 4, 3}}};
     int control = 0;
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 4; ++column) {
             const Square square = Facing<Us>::mirror(square_at(FILE_C + column, RANK_4 + row));
-            control += entry_of(entry_of(WEIGHTS, row), column) *
-                       entry_of(BY_KINDS, attack_byte(Us, square) >> ATTACK_KIND_SHIFT);
+            control += WEIGHTS[row][column] * BY_KINDS[attack_byte(Us, square) >> ATTACK_KIND_SHIFT];
         }
     }
     return control;
 }
 
 // With bishops of opposite colours the side that attacks a shakier king gains; for the side to move.
-int opposite_bishop_attack(const EvalContext& context, const std::array<KingScore, 2>& kings) {
+int opposite_bishop_attack(const EvalContext& context, const Table<KingScore, 2>& kings) {
     constexpr int MARGIN = 40, ATTACK = 10;
     if (!context.opposite_bishops || context.total_material() <= ENDING_MATERIAL)
         return 0;
-    const int own = kings[static_cast<std::size_t>(context.us)].danger;
-    const int enemy = kings[static_cast<std::size_t>(other_side(context.us))].danger;
+    const int own = kings[context.us].danger;
+    const int enemy = kings[other_side(context.us)].danger;
     return enemy + MARGIN < own ? ATTACK : own + MARGIN < enemy ? -ATTACK : 0;
 }
 
@@ -217,7 +214,7 @@ template <class Record> void score_pieces(const EvalContext& context, Totals<Rec
 }
 
 template <class Record> void add_kings(const EvalContext& context, Totals<Record>& totals, PlyOutputs& out) {
-    const std::array<KingScore, 2> kings = score_kings(context);
+    const Table<KingScore, 2> kings = score_kings(context);
     const KingScore& white = kings[WHITE];
     const KingScore& black = kings[BLACK];
     out.ply_king_danger = {white.danger, black.danger};
@@ -235,7 +232,7 @@ template <class Record> void add_kings(const EvalContext& context, Totals<Record
 }
 
 template <class Record> void add_pawns(EvalContext& context, Totals<Record>& totals, PlyOutputs& out) {
-    const std::array<PawnScore, 2> pawns = score_pawns(context);
+    const Table<PawnScore, 2> pawns = score_pawns(context);
     const PawnScore& white = pawns[WHITE];
     const PawnScore& black = pawns[BLACK];
     out.ply_passed_score = {white.passed, black.passed};
@@ -244,7 +241,7 @@ template <class Record> void add_pawns(EvalContext& context, Totals<Record>& tot
     totals.add("passed pawns' kings", {0, white.passed_kings}, {0, black.passed_kings});
     if (context.total_non_pawn() == 0) {
         flag_rook_pawns(context);
-        const std::array<int, 2> races = eval_pawn_ending(context);
+        const Table<int, 2> races = eval_pawn_ending(context);
         totals.add("pawn ending", {0, races[WHITE]}, {0, races[BLACK]});
     }
 }

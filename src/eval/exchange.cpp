@@ -8,55 +8,55 @@
 // from the other in ascending order.
 #include "eval/exchange.h"
 
+#include "board/attacks.h"
 #include "board/position.h"
-#include "eval/attack_map.h"
-#include "eval/attacks.h"
-#include "eval/square_tables.h"
+#include "board/square_tables.h"
+#include "eval/outputs.h"
 
 #include <algorithm>
 #include <bit>
 
 namespace quelmar {
 
-std::array<std::array<std::array<u8, 256>, 256>, 13> exchange_table;
+Table<Table<Table<u8, 256>, 256>, 13> exchange_table;
 
 namespace {
 
-constexpr std::array<u8, 13> TABLE_VALUE = {0, 1, 3, 3, 5, 10, 100, 1, 3, 3, 5, 10, 100};  // pawns
+constexpr Table<u8, 13> TABLE_VALUE = {0, 1, 3, 3, 5, 10, 100, 1, 3, 3, 5, 10, 100};  // pawns
 
 constexpr int XRAY_ONLY_VALUE = 10;  // an attacker whose kind is not known counts as a queen
 
 constexpr auto cheapest_attacker = [] {
-    constexpr std::array<u8, 5> VALUE_OF_KIND_BIT = {1, 3, 5, 10, 100};
-    std::array<u8, 32> table{};
+    constexpr Table<u8, 5> VALUE_OF_KIND_BIT = {1, 3, 5, 10, 100};
+    Table<u8, 32> table{};
     table[0] = XRAY_ONLY_VALUE;
-    for (unsigned kinds = 1; kinds < 32; ++kinds)
-        table[kinds] = VALUE_OF_KIND_BIT[static_cast<std::size_t>(std::countr_zero(kinds))];
+    for (int kinds = 1; kinds < 32; ++kinds)
+        table[kinds] = VALUE_OF_KIND_BIT[std::countr_zero(static_cast<unsigned>(kinds))];
     return table;
 }();
 
 // What remains of an attack byte after its cheapest attacker. A kind is taken to be used up when the
 // remaining count can no longer cover every kind bit.
 constexpr auto next_attack_byte = [] {
-    std::array<u8, 256> table{};
+    Table<u8, 256> table{};
     for (int byte = 1; byte < 255; ++byte) {  // 255, where every bit is set, counts as exhausted
         const int count = byte & ATTACK_COUNT;
         const auto kinds = static_cast<unsigned>(byte) >> ATTACK_KIND_SHIFT;
         int next = byte - 1;
         if (std::popcount(kinds) > count - 1)
             next -= static_cast<int>(kinds & -kinds) << ATTACK_KIND_SHIFT;
-        table[static_cast<std::size_t>(byte)] = static_cast<u8>(std::max(next, 0));
+        table[byte] = static_cast<u8>(std::max(next, 0));
     }
     return table;
 }();
 static_assert(next_attack_byte[26] == 17 && next_attack_byte[19] == 18);
 
 int cheapest_of(int byte) {
-    return cheapest_attacker[static_cast<std::size_t>(byte >> ATTACK_KIND_SHIFT)];
+    return cheapest_attacker[byte >> ATTACK_KIND_SHIFT];
 }
 
 int remaining_of(int byte) {
-    return next_attack_byte[static_cast<std::size_t>(byte)];
+    return next_attack_byte[byte];
 }
 
 // The white man whose plane of the table holds the values of an attacker worth `value`.
@@ -64,10 +64,10 @@ constexpr Piece plane_of_value(int value) {
     return value == 1 ? PAWN : value == 3 ? KNIGHT : value == 5 ? ROOK : value == 10 ? QUEEN : KING;
 }
 
-constexpr std::array<Piece, 5> DISTINCT_KINDS = {PAWN, KNIGHT, ROOK, QUEEN, KING};
+constexpr Table<Piece, 5> DISTINCT_KINDS = {PAWN, KNIGHT, ROOK, QUEEN, KING};
 
 auto& row_of(Piece man, int white_byte) {
-    return exchange_table[static_cast<std::size_t>(man)][static_cast<std::size_t>(white_byte)];
+    return exchange_table[man][white_byte];
 }
 
 u8 left_over(u8 value, u8 counter_loss) {
@@ -82,26 +82,26 @@ void fill_black_rows(int white_byte) {
     const auto& answers = row_of(plane_of_value(cheapest_of(white_byte)), remaining_of(white_byte));
     for (const Piece kind : DISTINCT_KINDS) {
         auto& row = row_of(man_of(BLACK, kind), white_byte);
-        const u8 value = TABLE_VALUE[static_cast<std::size_t>(kind)];
-        for (std::size_t black_byte = 0; black_byte < 256; ++black_byte)
+        const u8 value = TABLE_VALUE[kind];
+        for (int black_byte = 0; black_byte < 256; ++black_byte)
             row[black_byte] = left_over(value, answers[black_byte]);
     }
 }
 
 // White men defended by `white_byte`, after the black rows of the same byte.
 void fill_white_rows(int white_byte) {
-    std::array<u8, 256> counter_loss;
+    Table<u8, 256> counter_loss;
     for (int black_byte = 0; black_byte < 256; ++black_byte) {
         const Piece capturer = man_of(BLACK, plane_of_value(cheapest_of(black_byte)));
         const auto& answers = row_of(capturer, white_byte);
-        counter_loss[static_cast<std::size_t>(black_byte)] =
-            (black_byte & ATTACK_COUNT) == 0 ? u8{255}  // nobody captures: nothing is lost
-                                             : answers[static_cast<std::size_t>(remaining_of(black_byte))];
+        counter_loss[black_byte] = (black_byte & ATTACK_COUNT) == 0 ? u8{255}
+                                                                    // nobody captures: nothing is lost
+                                                                    : answers[remaining_of(black_byte)];
     }
     for (const Piece kind : DISTINCT_KINDS) {
         auto& row = row_of(kind, white_byte);
-        const u8 value = TABLE_VALUE[static_cast<std::size_t>(kind)];
-        for (std::size_t black_byte = 0; black_byte < 256; ++black_byte)
+        const u8 value = TABLE_VALUE[kind];
+        for (int black_byte = 0; black_byte < 256; ++black_byte)
             row[black_byte] = left_over(value, counter_loss[black_byte]);
     }
 }
@@ -111,17 +111,17 @@ void fill_white_rows(int white_byte) {
 int attack_byte_exchange(Piece piece, int white_byte, int black_byte) {
     if (piece == EMPTY)
         return 0;
-    std::array<int, 2> bytes = {white_byte, black_byte};
-    const auto byte_of = [&bytes](Side side) -> int& { return bytes[static_cast<std::size_t>(side)]; };
+    Table<int, 2> bytes = {white_byte, black_byte};
+    const auto byte_of = [&bytes](Side side) -> int& { return bytes[side]; };
     const Side attacker = other_side(side_of(piece));
-    std::array<int, 16> gain{};  // a byte counts at most seven captures
-    gain[0] = TABLE_VALUE[static_cast<std::size_t>(piece)];
+    Table<int, 16> gain{};  // a byte counts at most seven captures
+    gain[0] = TABLE_VALUE[piece];
     if ((byte_of(attacker) & ATTACK_COUNT) == 0)
         return 0;
 
     int standing = cheapest_of(byte_of(attacker));
     byte_of(attacker) = remaining_of(byte_of(attacker));
-    std::size_t depth = 0;
+    int depth = 0;
     for (Side next = other_side(attacker); (byte_of(next) & ATTACK_COUNT) != 0; next = other_side(next)) {
         ++depth;
         gain[depth] = standing - gain[depth - 1];
@@ -148,23 +148,23 @@ constexpr int KING_CAPTURES = 30000;  // more than any exchange can win back
 
 // The men of one colour that stand on the square in turn, the first one fixed, the others cheapest first.
 struct Capturers {
-    std::array<int, 80> value{};  // 8 lines of at most 7 men, 8 knights, 2 pawns and the first
+    Table<int, 80> value{};  // 8 lines of at most 7 men, 8 knights, 2 pawns and the first
     int count = 0;
 
-    void append(int man_value) { value[static_cast<std::size_t>(count++)] = man_value; }
+    void append(int man_value) { value[count++] = man_value; }
     void insert(int man_value) {
         int place = count++;
         for (; place > 1 && at(place - 1) > man_value; --place)
-            value[static_cast<std::size_t>(place)] = at(place - 1);
-        value[static_cast<std::size_t>(place)] = man_value;
+            value[place] = at(place - 1);
+        value[place] = man_value;
     }
-    int at(int index) const { return value[static_cast<std::size_t>(index)]; }
+    int at(int index) const { return value[index]; }
 };
 
-using BothCapturers = std::array<Capturers, 2>;
+using BothCapturers = Table<Capturers, 2>;
 
 Capturers& of_side(BothCapturers& capturers, Side side) {
-    return capturers[static_cast<std::size_t>(side)];
+    return capturers[side];
 }
 
 template <Side Us> void add_contact_men(BothCapturers& capturers, Square to) {
@@ -244,7 +244,7 @@ int resolve(const BothCapturers& capturers, Side mover) {
 
 // The board is scanned without the man that moves, so that a line behind it is open.
 int static_exchange(Square from, Square to) {
-    u8& origin = position.board[static_cast<std::size_t>(from)];
+    u8& origin = position.board[from];
     const u8 mover = origin;
     const Side side = side_of(mover);
     BothCapturers capturers;
@@ -260,6 +260,35 @@ int static_exchange(Square from, Square to) {
 
     const int white_gain = resolve(capturers, side);
     return side == WHITE ? white_gain : -white_gain;
+}
+
+namespace {
+
+// The three men of `side` that would lose most, worst first; of equals the earlier one in the piece list.
+void list_endangered(Side side, Table<u8, 3>& squares, Table<u8, 3>& values) {
+    values = {};
+    for (Square square = position.next_man(position.king_square(side)); square != LIST_END;
+         square = position.next_man(square)) {
+        const int loss =
+            exchange_loss(position.at(square), attack_byte(WHITE, square), attack_byte(BLACK, square));
+        if (loss <= values[2])
+            continue;
+        int place = 2;
+        for (; place > 0 && loss > values[place - 1]; --place) {
+            values[place] = values[place - 1];
+            squares[place] = squares[place - 1];
+        }
+        values[place] = static_cast<u8>(loss);
+        squares[place] = static_cast<u8>(square);
+    }
+}
+
+}  // namespace
+
+void find_threats() {
+    UndoRecord& here = position.current();
+    list_endangered(other_side(position.side_to_move), here.threat_square_them, here.threat_value_them);
+    list_endangered(position.side_to_move, here.threat_square_us, here.threat_value_us);
 }
 
 }  // namespace quelmar

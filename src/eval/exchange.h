@@ -17,11 +17,14 @@ int attack_byte_exchange(Piece piece, int white_byte, int black_byte);
 void build_exchange_table();
 
 // [piece][White's attack byte][Black's attack byte], filled by build_exchange_table.
-extern std::array<std::array<std::array<u8, 256>, 256>, 13> exchange_table;
+extern Table<Table<Table<u8, 256>, 256>, 13> exchange_table;
 
 inline int exchange_loss(Piece piece, int white_byte, int black_byte) {
-    return exchange_table[static_cast<std::size_t>(piece)][static_cast<std::size_t>(white_byte)]
-                         [static_cast<std::size_t>(black_byte)];
+    return exchange_table[piece][white_byte][black_byte];
 }
+
+// Lists the three men of each side that are most in danger in the current stack entry, from the attack maps
+// that evaluate() has just left for this position.
+void find_threats();
 
 }  // namespace quelmar

@@ -7,9 +7,9 @@
 // square before the king, for each square of the zone that the enemy attacks, and again when nobody but the
 // king defends that square; which kinds of men attack adds up to three. The table's value is then scaled by
 // the enemy's men, so that a bare attacker frightens nobody.
-#include "eval/drawn_table.h"
+#include "board/square_tables.h"
 #include "eval/eval_context.h"
-#include "protocol/settings.h"
+#include "eval/evaluate.h"
 
 #include <algorithm>
 
@@ -32,14 +32,14 @@ constexpr SquareBytes KING_ZONE_BASE = on_board<SquareBytes>({{
 }});
 
 // Danger index by the kinds that attack the zone: pawn 1, minor 2, rook 4, queen 8, king 16.
-constexpr std::array<u8, 32> ATTACKER_KINDS = {
+constexpr Table<u8, 32> ATTACKER_KINDS = {
     0, 0, 0, 0, 0, 1, 1, 2,  1, 2, 2, 2, 3, 3, 3, 3,
     0, 0, 0, 0, 0, 1, 2, 2,  3, 3, 3, 3, 3, 3, 3, 3,
 };
 
 // By danger index, in units that 4096ths of the enemy's non-pawn material turn into points; the last entry
 // stands for all higher indices.
-constexpr std::array<u16, 30> DANGER = {
+constexpr Table<u16, 30> DANGER = {
       0,   1,   2,   5,  10,  17,  25,  34,  55,  68,
      84, 104, 130, 170, 210, 250, 290, 330, 370, 410,
     450, 490, 520, 550, 590, 630, 670, 710, 750, 760,
@@ -47,7 +47,7 @@ constexpr std::array<u16, 30> DANGER = {
 constexpr int DANGER_SHIFT = 12;
 
 // By weighted count of men at home; the last entry stands for all higher counts.
-constexpr std::array<i16, 32> DEVELOPMENT = {
+constexpr Table<i16, 32> DEVELOPMENT = {
        0,    0,   -1,   -2,   -3,   -5,   -8,  -12,
      -16,  -20,  -26,  -32,  -38,  -48,  -58,  -68,
      -78,  -88,  -98, -108, -118, -128, -138, -148,
@@ -56,7 +56,7 @@ constexpr std::array<i16, 32> DEVELOPMENT = {
 // clang-format on
 
 bool style_has_shelter() {
-    return settings.style != STYLE_AGGRESSIVE && settings.style != STYLE_SUICIDAL;
+    return playing_style != Style::AGGRESSIVE && playing_style != Style::SUICIDAL;
 }
 
 template <Side Us> bool own_bishop_on(Square square) {
@@ -135,7 +135,7 @@ template <Side Us> struct KingZone {
 template <Side Us> int king_danger(const EvalContext& context) {
     constexpr int FORWARD = Facing<Us>::FORWARD;
     const Square king = context.of(Us).king;
-    KingZone<Us> zone{value_at(KING_ZONE_BASE, seen_by<Us>(king)), 0};
+    KingZone<Us> zone{KING_ZONE_BASE[seen_by<Us>(king)], 0};
     for (const int side_step : {-1, 0, 1}) {
         zone.add_far(king + 2 * FORWARD + side_step);
         zone.add_front(king + FORWARD + side_step);
@@ -144,8 +144,8 @@ template <Side Us> int king_danger(const EvalContext& context) {
     zone.add_near(king + 1);
     zone.add_near(king - 1);
 
-    const int index = zone.count + entry_of(ATTACKER_KINDS, zone.kinds >> ATTACK_KIND_SHIFT);
-    const int danger = entry_of(DANGER, std::min(index, static_cast<int>(DANGER.size()) - 1));
+    const int index = zone.count + ATTACKER_KINDS[zone.kinds >> ATTACK_KIND_SHIFT];
+    const int danger = DANGER[std::min(index, static_cast<int>(DANGER.size()) - 1)];
     return -(danger * context.of(Facing<Us>::THEM).non_pawn) >> DANGER_SHIFT;  // rounds down
 }
 
@@ -234,7 +234,7 @@ template <Side Us> int development(const EvalContext& context) {
             break;
         }
     }
-    return entry_of(DEVELOPMENT, std::min(at_home, static_cast<int>(DEVELOPMENT.size()) - 1));
+    return DEVELOPMENT[std::min(at_home, static_cast<int>(DEVELOPMENT.size()) - 1)];
 }
 
 template <Side Us> KingScore score_king(const EvalContext& context) {
@@ -253,17 +253,17 @@ template <Side Us> KingScore score_king(const EvalContext& context) {
 }  // namespace
 
 int king_safety_weight() {
-    switch (settings.style) {
-    case STYLE_NORMAL:
+    switch (playing_style) {
+    case Style::NORMAL:
         return 1;
-    case STYLE_SUICIDAL:
+    case Style::SUICIDAL:
         return 3;
     default:
         return 2;
     }
 }
 
-std::array<KingScore, 2> score_kings(const EvalContext& context) {
+Table<KingScore, 2> score_kings(const EvalContext& context) {
     return {score_king<WHITE>(context), score_king<BLACK>(context)};
 }
 

@@ -4,7 +4,7 @@
 //
 // Names: `king` and `lone` are the strong and the weak king, `goal` is the square on which the pawn promotes,
 // `turn` is 1 when the strong side is to move and 0 otherwise.
-#include "eval/drawn_table.h"
+#include "board/square_tables.h"
 #include "eval/endings.h"
 
 #include <cstdlib>
@@ -44,9 +44,9 @@ constexpr SquareBytes BISHOP_KNIGHT_CORNER = on_board<SquareBytes>({{
 static_assert(BISHOP_KNIGHT_CORNER[H8] == 100 && BISHOP_KNIGHT_CORNER[A1] == 200);
 
 // By the distance of the kings; they cannot be nearer than 2.
-constexpr std::array<u8, 8> KINGS_CLOSE = {0, 0, 100, 90, 80, 70, 60, 50};
+constexpr Table<u8, 8> KINGS_CLOSE = {0, 0, 100, 90, 80, 70, 60, 50};
 // By the distance between a lone king and its knight.
-constexpr std::array<u8, 8> KNIGHT_AWAY = {0, 0, 4, 10, 20, 32, 48, 70};
+constexpr Table<u8, 8> KNIGHT_AWAY = {0, 0, 4, 10, 20, 32, 48, 70};
 
 constexpr int MATE_BONUS = 1280;
 constexpr int DRAW = 0;
@@ -101,8 +101,8 @@ int eval_mate_lone_king(Side lone, const SideTerms& attacker) {
     if (attacker.queens + attacker.rooks + attacker.bishops + attacker.pawns == 0 && attacker.knights < 3)
         return 0;
     const Square king = position.king_square(lone);
-    return MATE_BONUS + value_at(MATING_CORNER, king) +
-           entry_of(KINGS_CLOSE, steps_between(king, position.king_square(other_side(lone))));
+    return MATE_BONUS + MATING_CORNER[king] +
+           KINGS_CLOSE[steps_between(king, position.king_square(other_side(lone)))];
 }
 
 int eval_rook_vs_minor(Side strong) {
@@ -110,11 +110,11 @@ int eval_rook_vs_minor(Side strong) {
     const Side weak = other_side(strong);
     const Square lone = position.king_square(weak);
     const Square minor = position.next_man(lone);
-    int value = value_at(MATING_CORNER, lone);
+    int value = MATING_CORNER[lone];
     if (kind_of(position.at(minor)) == BISHOP)
         value += AGAINST_BISHOP;
     else
-        value += AGAINST_KNIGHT + entry_of(KNIGHT_AWAY, steps_between(lone, minor));
+        value += AGAINST_KNIGHT + KNIGHT_AWAY[steps_between(lone, minor)];
     return strong == position.side_to_move ? value : -value;
 }
 
@@ -125,8 +125,7 @@ int eval_kbnk() {
     const int kings_apart = steps_between(ending.strong_man(KING), lone);
     if (light)
         lone = flip_file(lone);
-    return ending.for_side_to_move(MATE_BONUS + value_at(BISHOP_KNIGHT_CORNER, lone) +
-                                   entry_of(KINGS_CLOSE, kings_apart));
+    return ending.for_side_to_move(MATE_BONUS + BISHOP_KNIGHT_CORNER[lone] + KINGS_CLOSE[kings_apart]);
 }
 
 // --- king and pawn against king ---
@@ -238,17 +237,17 @@ namespace {
 // A king's place relative to the pawn that runs down the board, as far as it matters: far behind it, or far
 // up ahead on one side.
 int place_behind_pawn(Square king, Square pawn) {
-    constexpr std::array<u8, 7> RANKS_7 = {5, 13, 22, 25, 22, 13, 5};        // files -3..3
-    constexpr std::array<u8, 5> RANKS_6 = {5, 10, 15, 10, 5};                // files -2..2
-    constexpr std::array<u8, 3> RANKS_5 = {5, 8, 5};                         // files -1..1
-    constexpr std::array<u8, 8> RANKS_MINUS_5 = {0, 4, 8, 10, 10, 8, 4, 0};  // files 0..7, as below
-    constexpr std::array<u8, 8> RANKS_MINUS_6 = {4, 10, 16, 24, 24, 16, 10, 4};
-    constexpr std::array<u8, 8> RANKS_MINUS_7 = {8, 14, 28, 40, 40, 28, 14, 8};
+    constexpr Table<u8, 7> RANKS_7 = {5, 13, 22, 25, 22, 13, 5};        // files -3..3
+    constexpr Table<u8, 5> RANKS_6 = {5, 10, 15, 10, 5};                // files -2..2
+    constexpr Table<u8, 3> RANKS_5 = {5, 8, 5};                         // files -1..1
+    constexpr Table<u8, 8> RANKS_MINUS_5 = {0, 4, 8, 10, 10, 8, 4, 0};  // files 0..7, as below
+    constexpr Table<u8, 8> RANKS_MINUS_6 = {4, 10, 16, 24, 24, 16, 10, 4};
+    constexpr Table<u8, 8> RANKS_MINUS_7 = {8, 14, 28, 40, 40, 28, 14, 8};
     const int files = file_of(king) - file_of(pawn);
     const auto centred = [files](const auto& row, int reach) {
-        return std::abs(files) <= reach ? entry_of(row, files + reach) : u8{0};
+        return std::abs(files) <= reach ? row[files + reach] : u8{0};
     };
-    const auto rightward = [files](const auto& row) { return files >= 0 ? entry_of(row, files) : u8{0}; };
+    const auto rightward = [files](const auto& row) { return files >= 0 ? row[files] : u8{0}; };
     switch (rank_of(king) - rank_of(pawn)) {
     case 7:
         return centred(RANKS_7, 3);

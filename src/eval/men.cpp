@@ -5,8 +5,8 @@
 // bishop or queen also bears on the square beyond an own pawn that it stands diagonally behind.
 //
 // Attacks are recorded off the board too, where nobody reads them.
-#include "eval/attacks.h"
-#include "eval/drawn_table.h"
+#include "board/attacks.h"
+#include "board/square_tables.h"
 #include "eval/eval_context.h"
 
 #include <algorithm>
@@ -16,9 +16,9 @@ namespace quelmar {
 namespace {
 
 // Value of the number of squares a man can go to.
-constexpr std::array<u8, 9> KNIGHT_MOBILITY = {0, 0, 0, 1, 2, 3, 4, 4, 4};
-constexpr std::array<u8, 15> BISHOP_MOBILITY = {0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7};
-constexpr std::array<u8, 15> ROOK_MOBILITY = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3};
+constexpr Table<u8, 9> KNIGHT_MOBILITY = {0, 0, 0, 1, 2, 3, 4, 4, 4};
+constexpr Table<u8, 15> BISHOP_MOBILITY = {0, 0, 1, 1, 2, 2, 3, 3, 4, 4, 5, 5, 6, 6, 7};
+constexpr Table<u8, 15> ROOK_MOBILITY = {0, 0, 0, 0, 1, 1, 1, 1, 2, 2, 2, 2, 3, 3, 3};
 
 constexpr int OPEN_FILE_MOBILITY = 2;
 constexpr int OPEN_FILE_AT_KING = 20;  // mg
@@ -78,7 +78,7 @@ private:
             record(target, ATTACK_MINOR);
             reach += man != OFF_BOARD && !stuck_pawn(man, target);
         }
-        terms.mobility += entry_of(KNIGHT_MOBILITY, reach);
+        terms.mobility += KNIGHT_MOBILITY[reach];
     }
 
     // Behind a closed centre a bishop suffers from own pawns on its colour, the less the more squares it
@@ -89,7 +89,7 @@ private:
         terms.bishop_colours |= dark ? DARK_BISHOP : LIGHT_BISHOP;
         const int reach =
             ray<BISHOP, 15>(from) + ray<BISHOP, -15>(from) + ray<BISHOP, 17>(from) + ray<BISHOP, -17>(from);
-        terms.mobility += entry_of(BISHOP_MOBILITY, reach);
+        terms.mobility += BISHOP_MOBILITY[reach];
         if (!centre_closed)
             return;
         const int in_its_way = dark ? pawns.dark_pawns + CENTRAL_PAWN_FACTOR * pawns.central_dark
@@ -110,7 +110,7 @@ private:
         }
         const int reach =
             ray<ROOK, 1>(from) + ray<ROOK, -1>(from) + ray<ROOK, 16>(from) + ray<ROOK, -16>(from);
-        terms.mobility += entry_of(ROOK_MOBILITY, reach);
+        terms.mobility += ROOK_MOBILITY[reach];
     }
 
     void visit_queen(Square from) {
@@ -180,9 +180,6 @@ private:
         }
     }
 
-    static constexpr bool is_diagonal(int direction) {
-        return direction != 1 && direction != -1 && direction != 16 && direction != -16;
-    }
     static constexpr bool is_forward_diagonal(int direction) {
         return direction == Face::FORWARD - 1 || direction == Face::FORWARD + 1;
     }
@@ -193,7 +190,7 @@ private:
     }
 
     static void record(Square square, int kind_bit) {
-        u8& byte = attack_map[Us][static_cast<std::size_t>(square)];
+        u8& byte = attack_map[Us][square];
         byte = static_cast<u8>((byte + 1) | kind_bit);
     }
 

@@ -4,7 +4,7 @@
 // move each, against the steps of the enemy king to the same square. The difference is the pawn's margin. A
 // side's race value is the smallest margin with which one of its pawns gets through; the two race values are
 // then set against each other.
-#include "eval/drawn_table.h"
+#include "board/square_tables.h"
 #include "eval/endings.h"
 
 #include <algorithm>
@@ -17,7 +17,7 @@ constexpr int NO_RACE = 32;
 constexpr int BLOCKED = 8;
 
 // By the moves a pawn needs to promote.
-constexpr std::array<u8, 16> RACE = {0, 128, 90, 50, 25, 10, 5, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+constexpr Table<u8, 16> RACE = {0, 128, 90, 50, 25, 10, 5, 0, 0, 0, 0, 0, 0, 0, 0, 0};
 
 struct Runner {
     int total = 0;
@@ -51,7 +51,7 @@ template <Side Us> void add_run(Runner& runner, const EvalContext& context, Squa
     const Square enemy_king = context.of(Facing<Us>::THEM).king;
     const Square goal = Facing<Us>::mirror(square_at(file_of(pawn), RANK_8));
     const int moves = distance[pawn - goal] + obstacles;
-    const int race_value = entry_of(RACE, moves);
+    const int race_value = RACE[moves];
     runner.total += guarded ? 2 * race_value : race_value;
     const int margin = distance[enemy_king - goal] - moves + (context.us == Us ? 1 : 0);
     if (margin > 1) {
@@ -77,7 +77,7 @@ template <Side Us> void add_pawn(Runner& runner, const EvalContext& context, Squ
 template <Side Us> Runner run_pawns(const EvalContext& context) {
     Runner runner;
     const Square king = context.of(Us).king;
-    runner.total = value_at(king_endgame_square, king);
+    runner.total = king_endgame_square[king];
     for (Square square = position.next_man(king); square != LIST_END; square = position.next_man(square))
         add_pawn<Us>(runner, context, square);
     return runner;
@@ -105,7 +105,7 @@ void settle_race(Runner& white, Runner& black) {
 
 }  // namespace
 
-std::array<int, 2> eval_pawn_ending(const EvalContext& context) {
+Table<int, 2> eval_pawn_ending(const EvalContext& context) {
     Runner white = run_pawns<WHITE>(context), black = run_pawns<BLACK>(context);
     settle_race(white, black);
     return {white.total, black.total};

@@ -6,7 +6,7 @@
 // rank; nearly everything else it earns or loses is a share of that base, so that a far pawn weighs more
 // throughout. A quarter of the sum comes off at the end. All divisions round toward zero, and their order is
 // part of the result.
-#include "eval/drawn_table.h"
+#include "board/square_tables.h"
 #include "eval/eval_context.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace quelmar {
 
 namespace {
 
-using FileValues = std::array<u8, 8>;
+using FileValues = Table<u8, 8>;
 
 // Penalties by file, and what a blocking enemy piece adds to them.
 constexpr FileValues ISOLATED = {4, 8, 14, 20, 20, 14, 8, 4};
@@ -29,7 +29,7 @@ constexpr int CAN_ADVANCE = 3;     // off an isolated pawn that is not held
 constexpr int HELD_FROM_AFAR = 5;  // a backward pawn that is stopped only two squares on
 constexpr int ON_HALF_OPEN_FILE = 6, PER_ROOK_ON_FILE = 6, PER_QUEEN_ON_FILE = 3;
 
-constexpr std::array<u8, 8> PASSED_BASE = {0, 12, 12, 24, 48, 84, 128, 0};  // by own rank
+constexpr Table<u8, 8> PASSED_BASE = {0, 12, 12, 24, 48, 84, 128, 0};       // by own rank
 constexpr int ROOK_BEHIND = 4, ENEMY_ROOK_BEHIND = 6, ENEMY_KING_NEAR = 6;  // each besides half the base
 
 // Added to the base of a passed pawn that can step on: without and with safety, the latter when its side is
@@ -42,7 +42,7 @@ constexpr FreePath FREE_ON_SEVENTH = {20, 220, 120}, FREE_ON_SIXTH = {10, 90, 70
 // King near a passed pawn, eg: rows by how many ranks the king is ahead of the pawn, +4 first, columns by
 // file difference -3..3.
 constexpr int PROXIMITY_AHEAD = 4, PROXIMITY_BEHIND = -3, PROXIMITY_FILES = 3;
-constexpr std::array<std::array<u8, 7>, 8> PROXIMITY = {{
+constexpr Table<Table<u8, 7>, 8> PROXIMITY = {{
     {2, 7, 10, 10, 10, 7, 2},
     {7, 14, 22, 22, 22, 14, 7},
     {10, 22, 33, 35, 33, 22, 10},
@@ -53,7 +53,7 @@ constexpr std::array<std::array<u8, 7>, 8> PROXIMITY = {{
     {0, 0, 5, 8, 5, 0, 0},
 }};
 
-constexpr std::array<u8, 8> CUT_OFF = {0, 0, 10, 20, 30, 40, 50, 60};  // by files between king and pawn
+constexpr Table<u8, 8> CUT_OFF = {0, 0, 10, 20, 30, 40, 50, 60};  // by files between king and pawn
 
 template <Side Us> bool enemy_piece_on(Square square) {  // any man but a pawn
     const Piece man = position.at(square);
@@ -63,8 +63,8 @@ template <Side Us> bool enemy_piece_on(Square square) {  // any man but a pawn
 template <Side Us> int blockade(Square square) {
     const Piece man = position.at(square);
     const int file = file_of(square);
-    return man == Facing<Us>::THEIR_KNIGHT   ? entry_of(KNIGHT_BLOCKADE, file)
-           : man == Facing<Us>::THEIR_BISHOP ? entry_of(BISHOP_BLOCKADE, file)
+    return man == Facing<Us>::THEIR_KNIGHT   ? KNIGHT_BLOCKADE[file]
+           : man == Facing<Us>::THEIR_BISHOP ? BISHOP_BLOCKADE[file]
                                              : 0;
 }
 
@@ -72,7 +72,7 @@ template <Side Us> int isolated_penalty(Square pawn) {
     if (Facing<Us>::rank(pawn) > RANK_5)
         return 0;
     const Square front = pawn + Facing<Us>::FORWARD;
-    int penalty = entry_of(ISOLATED, file_of(pawn)) + blockade<Us>(front);
+    int penalty = ISOLATED[file_of(pawn)] + blockade<Us>(front);
     if (enemy_pawn_on<Us>(front))
         return penalty / 2;
     if (position.at(front) == EMPTY && safe_for_pawn<Us>(front)) {
@@ -100,7 +100,7 @@ template <Side Us> int backward_penalty(const EvalContext& context, Square pawn)
     if (Facing<Us>::rank(pawn) > RANK_5)
         return 0;
     const SideTerms& enemy = context.of(Facing<Us>::THEM);
-    int penalty = entry_of(BACKWARD, file_of(pawn));
+    int penalty = BACKWARD[file_of(pawn)];
     Square stop = pawn + Facing<Us>::FORWARD;
     if (!attacked_by_enemy_pawn<Us>(stop)) {
         stop += Facing<Us>::FORWARD;
@@ -117,7 +117,7 @@ template <Side Us> int backward_penalty(const EvalContext& context, Square pawn)
 }
 
 // Calls `rule` for every square of a list.
-template <std::size_t SIZE, typename Rule> void for_each_listed(const std::array<u8, SIZE>& list, Rule rule) {
+template <int SIZE, typename Rule> void for_each_listed(const Table<u8, SIZE>& list, Rule rule) {
     for (const Square pawn : list) {
         if (pawn == 0)
             return;
@@ -131,9 +131,8 @@ template <Side Us> int structure_score(const EvalContext& context) {
     int penalty = pawns.weak_count_penalty;
     for_each_listed(pawns.isolated, [&](Square pawn) { penalty += isolated_penalty<Us>(pawn); });
     for_each_listed(pawns.backward, [&](Square pawn) { penalty += backward_penalty<Us>(context, pawn); });
-    for_each_listed(pawns.doubled, [&](Square pawn) { penalty += entry_of(DOUBLED, file_of(pawn)); });
-    for_each_listed(pawns.isolated_rear,
-                    [&](Square pawn) { penalty += entry_of(DOUBLED, file_of(pawn)) / 2; });
+    for_each_listed(pawns.doubled, [&](Square pawn) { penalty += DOUBLED[file_of(pawn)]; });
+    for_each_listed(pawns.isolated_rear, [&](Square pawn) { penalty += DOUBLED[file_of(pawn)] / 2; });
     return pawns.structure_bonus - penalty;
 }
 
@@ -208,7 +207,7 @@ template <Side Us> bool enemy_king_before(const EvalContext& context, Square paw
 // Against a lone knight, which cannot stop pawns on both wings, everything counts half as much again.
 template <Side Us> int passed_value(const EvalContext& context, Square pawn) {
     const SideTerms& enemy = context.of(Facing<Us>::THEM);
-    const int base = entry_of(PASSED_BASE, Facing<Us>::rank(pawn));
+    const int base = PASSED_BASE[Facing<Us>::rank(pawn)];
     int value = path_value<Us>(context, pawn, base) + support_bonus<Us>(context, pawn, base);
     if (context.of(WHITE).rooks + context.of(BLACK).rooks > 0)
         value += rooks_behind<Us>(pawn, base);
@@ -225,7 +224,7 @@ template <Side Us> int proximity(Square king, Square pawn) {
     const int files = file_of(king) - file_of(pawn);
     if (ahead > PROXIMITY_AHEAD || ahead < PROXIMITY_BEHIND || std::abs(files) > PROXIMITY_FILES)
         return 0;
-    return entry_of(entry_of(PROXIMITY, PROXIMITY_AHEAD - ahead), files + PROXIMITY_FILES);
+    return PROXIMITY[PROXIMITY_AHEAD - ahead][files + PROXIMITY_FILES];
 }
 
 // Whether we attack a square that is on the board.
@@ -242,7 +241,7 @@ template <Side Us> int cut_off_bonus(const EvalContext& context, Square pawn) {
     const Square beside = king + (files > 0 ? 1 : -1);
     if (!barred<Us>(beside) || !barred<Us>(beside + 16) || !barred<Us>(beside - 16))
         return 0;
-    return entry_of(CUT_OFF, std::abs(files));
+    return CUT_OFF[std::abs(files)];
 }
 
 // Far back a pawn gains only half as much from its king; what bars the enemy king counts in full.
@@ -267,7 +266,7 @@ template <Side Us> PawnScore score_side(const EvalContext& context) {
 
 }  // namespace
 
-std::array<PawnScore, 2> score_pawns(const EvalContext& context) {
+Table<PawnScore, 2> score_pawns(const EvalContext& context) {
     return {score_side<WHITE>(context), score_side<BLACK>(context)};
 }
 

@@ -11,8 +11,8 @@
 #include "eval/pawns.h"
 
 #include "board/position.h"
-#include "eval/drawn_table.h"
-#include "eval/eval_context.h"
+#include "board/square_tables.h"
+#include "eval/pawn_squares.h"
 
 #include <algorithm>
 #include <bit>
@@ -22,7 +22,7 @@ namespace quelmar {
 namespace {
 
 constexpr u32 PAWN_TABLE_SIZE = 16384;
-std::array<PawnEntry, PAWN_TABLE_SIZE> pawn_table;
+Table<PawnEntry, PAWN_TABLE_SIZE> pawn_table;
 
 // How threatening a pawn is on its way to a king on that wing; White's view.
 // clang-format off
@@ -51,14 +51,14 @@ constexpr SquareValues STORM_QUEEN_SIDE = on_board({{
 // clang-format on
 
 // Penalty by the number of passed and weak pawns of a side; the last entry stands for all higher counts.
-constexpr std::array<u8, 7> WEAK_COUNT = {0, 0, 2, 5, 10, 18, 30};
+constexpr Table<u8, 7> WEAK_COUNT = {0, 0, 2, 5, 10, 18, 30};
 
 // A side's passed and weak pawns, those that a full list leaves out included.
 struct ListCounts {
-    std::size_t isolated = 0, doubled = 0, isolated_rear = 0, backward = 0, passed = 0;
+    int isolated = 0, doubled = 0, isolated_rear = 0, backward = 0, passed = 0;
 };
 
-template <std::size_t SIZE> void put(std::array<u8, SIZE>& list, std::size_t& count, Square square) {
+template <int SIZE> void put(Table<u8, SIZE>& list, int& count, Square square) {
     if (count < SIZE)
         list[count] = static_cast<u8>(square);
     ++count;
@@ -121,7 +121,7 @@ template <Side Us> int chain_bonus(Square pawn) {
 }
 
 template <Side Us> int storm_value(const SquareValues& table, Square pawn) {
-    const int value = value_at(table, seen_by<Us>(pawn));
+    const int value = table[seen_by<Us>(pawn)];
     return beside_own_pawn<Us>(pawn) ? value + (value >> 1) : value;
 }
 
@@ -170,7 +170,7 @@ template <Side Us> void classify_side(SidePawns& pawns) {
         count_pawn<Us>(pawns, square);
         list_pawn<Us>(pawns, counts, square);
     }
-    const std::size_t weak = counts.passed + counts.doubled + counts.backward + counts.isolated;
+    const int weak = counts.passed + counts.doubled + counts.backward + counts.isolated;
     pawns.weak_count_penalty = WEAK_COUNT[std::min(weak, WEAK_COUNT.size() - 1)];
 }
 

@@ -19,8 +19,8 @@ inline constexpr int CENTRE_TYPES = 6;
 
 // Squares in the order of the piece list, 0 ends a list early. What does not fit is not listed, so that the
 // order of the men is part of the result.
-using ShortList = std::array<u8, 4>;
-using PassedList = std::array<u8, 8>;
+using ShortList = Table<u8, 4>;
+using PassedList = Table<u8, 8>;
 
 struct SidePawns {
     ShortList isolated{};       // without an own pawn in front on their file
@@ -42,14 +42,17 @@ struct SidePawns {
 struct PawnEntry {
     u32 key = 0;
     CentreType structure_type = CENTRE_OPEN;
-    std::array<SidePawns, 2> sides;
+    Table<SidePawns, 2> sides;
 
-    const SidePawns& of(Side side) const { return sides[static_cast<std::size_t>(side)]; }
-    SidePawns& of(Side side) { return sides[static_cast<std::size_t>(side)]; }
+    const SidePawns& of(Side side) const { return sides[side]; }
+    SidePawns& of(Side side) { return sides[side]; }
 };
 
 // The entry of the current position's pawns, classified now if the table does not hold it. Stays valid until
 // the next call.
 const PawnEntry& pawn_entry();
+
+// Forgets the pawn structures met so far, as in a process that has just started.
+void forget_pawn_structures();
 
 }  // namespace quelmar

@@ -1,15 +1,12 @@
 // Start-up in its fixed order, then one of three modes: benchmark, EPD test, or play under an interface.
 
-#include "board/hash_keys.h"
-#include "eval/exchange.h"
-#include "protocol/benchmark.h"
+#include "platform/platform.h"
+#include "protocol/batch_modes.h"
 #include "protocol/command_line.h"
-#include "protocol/epd_test.h"
 #include "protocol/game_loop.h"
 #include "protocol/input.h"
 #include "protocol/protocol_state.h"
 #include "protocol/startup.h"
-#include "protocol/xboard.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -49,7 +46,7 @@ int main(int argc, char** argv) {
     const std::span<char*> arguments{argv, static_cast<std::size_t>(argc)};
     const Mode mode = choose_mode(arguments);
 
-    prepare_standard_streams();
+    platform::prepare_standard_streams();
     end_when_memory_runs_out();
     // Whatever else stands first belongs to a mode, or nobody looks at it.
     if (answers_question(arguments.first(std::min<std::size_t>(arguments.size(), 2)), USAGE))
@@ -58,10 +55,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "usage: %s test FILE SECONDS\n", arguments[0]);
         return EXIT_FAILURE;
     }
-    init_hash_keys();
-    build_exchange_table();
-    load_settings();
-    new_game();
+    start_engine(UciKind::OWN);
 
     open_input(mode == Mode::PLAY ? EndOfInput::QUITS : EndOfInput::IS_IGNORED);
     switch (mode) {

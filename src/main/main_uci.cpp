@@ -1,12 +1,10 @@
 // The engine for UCI clients: no mode to choose, UCI from the first line on.
 
-#include "board/hash_keys.h"
-#include "eval/exchange.h"
+#include "platform/platform.h"
 #include "protocol/command_line.h"
 #include "protocol/input.h"
 #include "protocol/standard_uci.h"
 #include "protocol/startup.h"
-#include "protocol/xboard.h"
 
 using namespace quelmar;
 
@@ -16,16 +14,12 @@ static constexpr char USAGE[] =
     "Settings are read from quelmar.ini; the manual page quelmar-uci(6) tells everything.\n";
 
 int main(int argc, char** argv) {
-    prepare_standard_streams();
+    platform::prepare_standard_streams();
     const std::span<char*> arguments{argv, static_cast<std::size_t>(argc)};
     if (const auto status = status_of_options(arguments, USAGE))
         return *status;
     end_when_memory_runs_out();
-    adopt_standard_dialect();
-    init_hash_keys();
-    build_exchange_table();
-    load_settings();
-    new_game();
+    start_engine(UciKind::STANDARD);
     open_input(EndOfInput::QUITS);
     greet_terminal(arguments[0], "a chess engine that waits for commands of UCI");
     run_standard_uci();

@@ -1,12 +1,12 @@
 #include "protocol/command_line.h"
 
+#include "platform/platform.h"
 #include "protocol/protocol_state.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <unistd.h>
 
 namespace quelmar {
 
@@ -15,7 +15,7 @@ namespace {
 constexpr int UNKNOWN_OPTION = 2;  // exit status
 
 std::string name_of(std::string_view program) {
-    return std::string(program.substr(program.rfind('/') + 1));
+    return std::string(platform::file_name(program));
 }
 
 }  // namespace
@@ -57,7 +57,7 @@ std::optional<int> status_of_options(std::span<char* const> arguments, const cha
 
 void greet_terminal(std::string_view program, const char* what) {
     const std::string name = name_of(program);
-    if (::isatty(STDIN_FILENO) == 1)
+    if (platform::is_terminal(platform::STANDARD_INPUT))
         std::fprintf(stderr, "%s %s: %s; %s --help tells more\n", ENGINE_NAME, ENGINE_VERSION, what,
                      name.c_str());
 }

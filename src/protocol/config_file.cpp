@@ -7,9 +7,9 @@
 
 #include "protocol/config_file.h"
 
-#include "protocol/setting_value.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
+#include "search/search_settings.h"
 
 #include <array>
 #include <cstdio>
@@ -22,66 +22,64 @@ namespace {
 
 constexpr int LINE_BUFFER = 80;  // bytes, NUL included; what is longer reads as several lines
 
-using Reader = void (*)(std::string_view value);
+using Reader = void (*)(std::string_view value, int* setting);
 
 struct Key {
     std::string_view name;
     std::size_t value_at;  // characters from the start of the key
     Reader read;
+    int* setting = nullptr;  // of the general readers
 };
 
-template <int EngineSettings::*Field> void off_if_n(std::string_view value) {
-    settings.*Field = value.starts_with('n') ? 0 : 1;
+void number(std::string_view value, int* setting) {
+    set_number(*setting, value);
 }
 
-template <int EngineSettings::*Field> void on_if_y(std::string_view value) {
-    settings.*Field = value.starts_with('y') ? 1 : 0;
+void off_if_n(std::string_view value, int* setting) {
+    *setting = value.starts_with('n') ? 0 : 1;
 }
 
-void style(std::string_view value) {
-    // The first six letters tell the styles apart.
-    constexpr std::array<std::string_view, 4> STYLES = {"normal", "active", "aggres", "suicid"};
-    for (std::size_t i = 0; i < STYLES.size(); ++i) {
-        if (begins_with_ignoring_case(value, STYLES[i]))
-            settings.style = static_cast<int>(i);
-    }
+void on_if_y(std::string_view value, int* setting) {
+    *setting = value.starts_with('y') ? 1 : 0;
 }
 
-void null_move(std::string_view value) {
+void style(std::string_view value, int*) {
+    choose_style_named(value);
+}
+
+void null_move(std::string_view value, int*) {
     if (value.starts_with('n'))
-        settings.null_reduction = settings.null_reduction_endgame = 0;
+        search_settings.null_reduction = search_settings.null_reduction_endgame = 0;
 }
 
-void tablebase_path(std::string_view value) {
+void tablebase_path(std::string_view value, int*) {
     settings.tb_path = without_line_end(value).substr(0, TB_PATH_MAX);
 }
 
-void piece_letters(std::string_view value) {
+void piece_letters(std::string_view value, int*) {
     settings.piece_letters = value.substr(0, PIECE_LETTERS_MAX);
 }
 
-using S = EngineSettings;
-
 // clang-format off
 constexpr Key KEYS[] = {
-    {"hash",             4, set_number<&S::hash_mb>},
-    {"fritz-hash",      10, set_number<&S::fritz_hash_mb>},
-    {"grain-size",      10, set_number<&S::grain_size>},
-    {"resign",           7, off_if_n<&S::resign_enabled>},
-    {"ownbook-default", 16, on_if_y<&S::own_book_default>},
-    {"tbook",            6, on_if_y<&S::tbook>},
+    {"hash",             4, number, &settings.hash_mb},
+    {"fritz-hash",      10, number, &settings.fritz_hash_mb},
+    {"grain-size",      10, number, &search_settings.grain_size},
+    {"resign",           7, off_if_n, &settings.resign_enabled},
+    {"ownbook-default", 16, on_if_y, &settings.own_book_default},
+    {"tbook",            6, on_if_y, &settings.tbook},
     {"style",            5, style},
-    {"selectivity",     12, set_number<&S::selectivity>},
-    {"qsearch-checks",  15, off_if_n<&S::qsearch_checks>},
-    {"R",                1, set_number<&S::null_reduction>},
+    {"selectivity",     12, number, &search_settings.selectivity},
+    {"qsearch-checks",  15, off_if_n, &search_settings.qsearch_checks},
+    {"R",                1, number, &search_settings.null_reduction},
     {"nullmove",         9, null_move},
-    {"bm-exts",          8, off_if_n<&S::bm_exts>},
-    {"iid",              4, off_if_n<&S::iid>},
+    {"bm-exts",          8, off_if_n, &search_settings.bm_exts},
+    {"iid",              4, off_if_n, &search_settings.iid},
     {"tbpath",           7, tablebase_path},
-    {"tbcache",          8, set_number<&S::tb_cache_mb>},
-    {"white-score",     12, off_if_n<&S::white_score>},
+    {"tbcache",          8, number, &settings.tb_cache_mb},
+    {"white-score",     12, off_if_n, &settings.white_score},
     {"piece-letters",   14, piece_letters},
-    {"san",              4, off_if_n<&S::san_output>},
+    {"san",              4, off_if_n, &settings.san_output},
 };
 // clang-format on
 
@@ -97,7 +95,7 @@ bool apply_config_line(std::string_view line) {
         return false;
     for (const Key& key : KEYS) {
         if (begins_with_ignoring_case(line, key.name)) {
-            key.read(skip_space(text_from(line, key.value_at)));
+            key.read(skip_space(text_from(line, key.value_at)), key.setting);
             return true;
         }
     }
@@ -108,7 +106,7 @@ void read_config_file() {
     const std::unique_ptr<std::FILE, CloseFile> file{std::fopen("quelmar.ini", "r")};
     if (!file)
         return;
-    std::array<char, LINE_BUFFER> line;
+    Table<char, LINE_BUFFER> line;
     // A line that begins with a NUL byte is no text: the rest of such a file is not worth reading.
     while (std::fgets(line.data(), LINE_BUFFER, file.get()) && line[0] != '\0')
         apply_config_line(line.data());

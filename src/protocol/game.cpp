@@ -1,12 +1,18 @@
 #include "protocol/game.h"
 
+#include "board/generate.h"
 #include "board/make_move.h"
 #include "board/position.h"
-#include "protocol/clock_commands.h"
+#include "protocol/game_clock.h"
 #include "protocol/protocol_state.h"
+#include "protocol/thinking.h"
 #include "search/search.h"
+#include "search/search_control.h"
+#include "search/search_state.h"
 #include "search/time_control.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <utility>
 
 namespace quelmar {
@@ -15,7 +21,70 @@ namespace {
 
 constexpr int UNCHARGED_PLIES = 2;  // counted after the move: the first move of the game is free
 
+void set_fresh_clocks() {
+    position.current().clock = {time_control.fresh_clock(), time_control.fresh_clock()};
+}
+
+// On a chess server the last seconds belong to the line.
+void keep_safety_margin(UndoRecord& first) {
+    constexpr i32 LONG_GAME_MS = 240000, SHORT_GAME_MARGIN = 5000;
+    constexpr Table<i32, 2> LONG_GAME_MARGIN = {10000, 15000};
+    for (Side side = 0; side < 2; ++side) {
+        const bool long_game = time_control.base_ms >= LONG_GAME_MS;
+        first.clock[side].time_left_ms =
+            time_control.base_ms - (long_game ? LONG_GAME_MARGIN[side] : SHORT_GAME_MARGIN);
+    }
+}
+
 }  // namespace
+
+FenError set_up_game(const char* text) {
+    const FenError error =
+        parse_fen(text, protocol_state.standard_uci ? FenFieldsRead::ALL : FenFieldsRead::CASTLING);
+    if (error != FenError::NONE)
+        return error;
+    set_fresh_clocks();
+    protocol_state.game_over = false;
+    reset_search();
+    return FenError::NONE;
+}
+
+bool set_up_or_report(const char* text) {
+    const FenError error = set_up_game(text);
+    if (error != FenError::NONE)
+        std::printf("Error in EPD line%d\n", static_cast<int>(error));
+    return error == FenError::NONE;
+}
+
+void assign_engine(Side side) {
+    protocol_state.engine_white = side == WHITE;
+    protocol_state.engine_black = side == BLACK;
+}
+
+void new_game() {
+    time_control.depth_limit = 0;
+    set_up_game(START_FEN);
+    protocol_state.force_mode = false;
+    search_control.analyze_mode = false;
+    protocol_state.own_book = true;
+    assign_engine(BLACK);
+    protocol_state.post_thinking = true;
+    protocol_state.ics_computer_opponent = false;
+    protocol_state.clock_running = true;
+    protocol_state.random_mode = false;
+    search_control.abort_search = false;
+    search_control.ponder_state = Pondering::NO;
+    protocol_state.ponder_move = {};
+    forget_times();
+    search_state.last_score = 0;
+    search_state.iteration = 0;
+    reset_search();
+    clear_last_pv_text();
+
+    set_fresh_clocks();
+    if (protocol_state.ics_mode)
+        keep_safety_margin(position.current());
+}
 
 void play_game_move(const Move& move) {
     make_room_on_stack();
@@ -50,7 +119,7 @@ void run_after_search(std::string line) {
 
 void stop_search_for(std::string line) {
     run_after_search(std::move(line));
-    protocol_state.abort_search = true;
+    search_control.abort_search = true;
 }
 
 std::optional<std::string> take_pending_command() {
@@ -66,7 +135,7 @@ Side side_to_play() {
     if (!protocol_state.searching)
         return position.side_to_move;
     // A ponder search starts behind the move that the opponent has not played yet.
-    return protocol_state.ponder_state == PONDERING ? other_side(root_side()) : root_side();
+    return search_control.ponder_state == Pondering::YES ? other_side(root_side()) : root_side();
 }
 
 }  // namespace quelmar

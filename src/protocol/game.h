@@ -1,12 +1,26 @@
 // What the front ends do to the game itself.
 #pragma once
 
+#include "board/setup.h"
 #include "board/types.h"
 
 #include <optional>
 #include <string>
 
 namespace quelmar {
+
+// Sets the position up as the active program reads positions (parse_fen), gives both sides a fresh clock,
+// reopens the game and resets the search. After an error there is no usable position.
+FenError set_up_game(const char* text);
+
+// The same; an error is told in the words of the first program, "Error in EPD line1" to "line3". Returns
+// whether there is a position.
+bool set_up_or_report(const char* text);
+
+// The start position, with all flags and clocks as a game begins; the engine has Black.
+void new_game();
+
+void assign_engine(Side side);  // the engine plays this side, and only this
 
 // Plays a legal move of the current position as a move of the game. The clocks of the new entry are not set
 // yet: charge_clock or update_clocks_after_move has to follow. search_ply counts it until the next root is

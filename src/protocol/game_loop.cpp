@@ -8,18 +8,21 @@
 
 #include "protocol/game_loop.h"
 
-#include "board/move_text.h"
+#include "board/game_result.h"
 #include "board/position.h"
 #include "board/setup.h"
 #include "eval/evaluate.h"
-#include "eval/game_result.h"
 #include "protocol/game.h"
 #include "protocol/input.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
+#include "protocol/root_moves.h"
 #include "protocol/settings.h"
+#include "protocol/thinking.h"
 #include "protocol/xboard.h"
+#include "search/search_control.h"
+#include "search/search_settings.h"
 #include "search/search_state.h"
-#include "search/thinking.h"
 #include "search/time_control.h"
 
 #include <cstdio>
@@ -37,8 +40,8 @@ void wait_for_command() {
 void claim_result() {
     if (state.game_over || !position.usable)
         return;
-    const int result = game_state();
-    if (result == RESULT_NONE)
+    const GameResult result = game_state();
+    if (result == GameResult::NONE)
         return;
     state.resign_count = 0;
     state.game_over = true;
@@ -65,7 +68,7 @@ void count_towards_resigning() {
     constexpr Score BEING_MATED = -28999;
     const Score score = search_state.last_score;
     const bool hopeless =
-        score * settings.grain() < LOST_SCORE && evaluate() > WON_FOR_OPPONENT && score >= BEING_MATED;
+        score * search_settings.grain() < LOST_SCORE && evaluate() > WON_FOR_OPPONENT && score >= BEING_MATED;
     state.resign_count = hopeless ? state.resign_count + 1 : 0;
 }
 
@@ -86,15 +89,6 @@ void expect_reply(bool wanted) {
     state.ponder_move = wanted && search_state.pv_length >= 2 ? search_state.pv[1] : Move{};
 }
 
-// The move of root_moves that `move` is; empty when it is none.
-Move find_legal(const Move& move) {
-    for (const Move* legal = root_moves.data(); legal->from != 0; ++legal) {
-        if (same_squares(*legal, move) && legal->promotion == move.promotion && legal->flags == move.flags)
-            return *legal;
-    }
-    return {};
-}
-
 // What the search found. In a set-up position where the side to move could take the king it may have found
 // that, which is no move of chess.
 Move best_move() {
@@ -103,7 +97,7 @@ Move best_move() {
 }
 
 void think_and_move() {
-    state.ponder_state = NOT_PONDERING;
+    search_control.ponder_state = Pondering::NO;
     run_search();
     const Move best = best_move();
     announce(best);
@@ -117,9 +111,10 @@ void think_and_move() {
 bool may_ponder() {
     constexpr int LAST_HALFMOVE_CLOCK = 97;                      // the ponder move and ours still fit
     constexpr Score LOSING_MATE = -29800, LAST_WINNING = 29799;  // nothing to find out beyond
-    return position.usable && state.ponder_move.from != 0 && !state.force_mode && !state.analyze_mode &&
-           !state.abort_search && !state.easy_mode && !state.game_over && search_state.pv_length >= 2 &&
-           position.game_ply >= 1 && position.current().halfmove_clock <= LAST_HALFMOVE_CLOCK &&
+    return position.usable && state.ponder_move.from != 0 && !state.force_mode &&
+           !search_control.analyze_mode && !search_control.abort_search && !state.easy_mode &&
+           !state.game_over && search_state.pv_length >= 2 && position.game_ply >= 1 &&
+           position.current().halfmove_clock <= LAST_HALFMOVE_CLOCK &&
            search_state.last_score > LOSING_MATE && search_state.last_score <= LAST_WINNING &&
            find_legal(state.ponder_move).from != 0;  // moves may have been taken back since it was predicted
 }
@@ -140,23 +135,23 @@ void ponder() {
     std::printf("Pondering (%s)\n", move_text(expected).c_str());
     play_game_move(expected);
     update_clocks_after_move(0);
-    if (game_state() != RESULT_NONE) {
+    if (game_state() != GameResult::NONE) {
         take_back_game_move();
         wait_for_command();
         return;
     }
-    state.ponder_state = PONDERING;
+    search_control.ponder_state = Pondering::YES;
     run_search();
     if (state.user_move.from == 0) {  // interrupted
         take_back_game_move();
-    } else if (state.ponder_state == PONDER_HIT) {
+    } else if (search_control.ponder_state == Pondering::HIT) {
         play_after_hit();
     } else {
         take_back_game_move();
         play_game_move(state.user_move);
         charge_clock();
     }
-    state.ponder_state = NOT_PONDERING;
+    search_control.ponder_state = Pondering::NO;
 }
 
 void analyse() {
@@ -170,7 +165,7 @@ void analyse() {
 
 void idle() {
     if (!state.easy_mode)
-        state.ponder_state = NOT_PONDERING;
+        search_control.ponder_state = Pondering::NO;
     wait_for_command();
 }
 
@@ -186,11 +181,11 @@ void one_pass() {
     claim_result();
     resign_when_hopeless();
     const bool may_play = position.usable && !state.game_over && root_moves[0].from != 0;
-    if (may_play && !state.force_mode && !state.analyze_mode && engine_to_move())
+    if (may_play && !state.force_mode && !search_control.analyze_mode && engine_to_move())
         think_and_move();
     else if (may_ponder())
         ponder();
-    else if (may_play && state.analyze_mode)
+    else if (may_play && search_control.analyze_mode)
         analyse();
     else
         idle();

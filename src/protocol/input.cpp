@@ -1,13 +1,11 @@
 #include "protocol/input.h"
 
-#include "protocol/dialect.h"
+#include "platform/platform.h"
 #include "protocol/line_reader.h"
-#include "protocol/protocol_state.h"
-#include "protocol/xboard.h"
+#include "search/search_control.h"
 
 #include <cstdio>
 #include <optional>
-#include <unistd.h>
 
 namespace quelmar {
 
@@ -16,10 +14,11 @@ namespace {
 constexpr char QUIT[] = "quit\n";
 
 struct Input {
-    LineReader reader{STDIN_FILENO};
+    LineReader reader{platform::STANDARD_INPUT};
     EndOfInput at_end;
 };
 std::optional<Input> input;
+void (*act_on_search_line)(std::string_view line) = [](std::string_view) {};
 
 // The next line that is there, the end of the input included.
 bool next_line(std::string& line) {
@@ -37,37 +36,38 @@ void open_input(EndOfInput at_end) {
     input.emplace(Input{.at_end = at_end});
 }
 
+void set_search_line_handler(void (*act_on)(std::string_view line)) {
+    act_on_search_line = act_on;
+}
+
 std::string read_command() {
     std::string line;
     if (!input || input->at_end == EndOfInput::IS_IGNORED)
         return QUIT;  // nobody is there to ask
     std::fflush(stdout);
     while (!next_line(line))
-        input->reader.take_in(LineReader::FOREVER);
+        input->reader.take_in(platform::FOREVER);
     return line;
 }
 
 void poll_input() {
     if (!input)
         return;
-    input->reader.take_in(LineReader::NO_WAIT);
+    input->reader.take_in(platform::NO_WAIT);
     std::string line;
-    while (!protocol_state.abort_search && next_line(line)) {
-        if (protocol_state.uci_mode)
-            dialect.uci_line_during_search(line);
-        else
-            dispatch_xboard_during_search(line);
+    while (!search_control.abort_search && next_line(line)) {
+        act_on_search_line(line);
     }
 }
 
 void wait_for_input() {
     if (!input) {
-        protocol_state.abort_search = true;
+        search_control.abort_search = true;
         return;
     }
     std::fflush(stdout);
     while (!input->reader.has_line() && !input->reader.input_ended())
-        input->reader.take_in(LineReader::FOREVER);
+        input->reader.take_in(platform::FOREVER);
 }
 
 }  // namespace quelmar

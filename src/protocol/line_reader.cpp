@@ -1,9 +1,8 @@
 #include "protocol/line_reader.h"
 
+#include "platform/platform.h"
+
 #include <array>
-#include <cerrno>
-#include <poll.h>
-#include <unistd.h>
 #include <utility>
 
 namespace quelmar {
@@ -11,16 +10,11 @@ namespace quelmar {
 void LineReader::take_in(int timeout_ms) {
     if (ended_)
         return;
-    pollfd question{descriptor_, POLLIN, 0};
-    const int ready = ::poll(&question, 1, timeout_ms);
-    if (ready == 0 || (ready < 0 && errno == EINTR))
-        return;
-
     std::array<char, 65536> bytes;
-    const ssize_t count = ::read(descriptor_, bytes.data(), bytes.size());
+    const std::ptrdiff_t count = platform::read_arrived(descriptor_, bytes, timeout_ms);
     if (count > 0)
         add({bytes.data(), static_cast<std::size_t>(count)});
-    else if (count == 0 || (errno != EINTR && errno != EAGAIN))
+    else if (count == platform::END)
         end();
 }
 

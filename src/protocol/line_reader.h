@@ -20,8 +20,8 @@ public:
 
     explicit LineReader(int descriptor) : descriptor_(descriptor) {}
 
-    // Waits up to `timeout_ms` for bytes and takes in what one read gives. A closed or broken descriptor
-    // counts as the end of the input.
+    // Waits up to `timeout_ms`, or as NO_WAIT and FOREVER say, for bytes and takes in what one read gives. A
+    // closed or broken descriptor counts as the end of the input.
     void take_in(int timeout_ms);
 
     // Hands out the next whole line; false when none has arrived.

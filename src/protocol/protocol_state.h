@@ -1,12 +1,12 @@
-// Flags shared by the front ends and the search. The front ends write them; the search and its output only
-// read them. Exceptions: the input polls and the time check set abort_search and ponder_state during a
-// search, reset_search clears abort_search, a set-up clears game_over, parse_move writes user_move.
+// Flags of the front ends, which write and read them. What the search reads as well stands in SearchControl.
+// A set-up clears game_over, parse_move writes user_move.
 #pragma once
 
 #include "board/types.h"
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace quelmar {
@@ -14,29 +14,22 @@ namespace quelmar {
 inline constexpr char ENGINE_NAME[] = "Quelmar FRC";
 inline constexpr char ENGINE_VERSION[] = QUELMAR_VERSION;  // from CMakeLists.txt
 
-// Values of ProtocolState::ponder_state.
-inline constexpr int NOT_PONDERING = 0, PONDERING = 1, PONDER_HIT = 2;
-
 struct ProtocolState {
-    bool xboard_mode = false;  // the interface said "xboard": thinking lines in its format
-    bool uci_mode = false;     // UCI is active: input poll, move text, thinking lines
-    bool uci_debug = false;    // echo every command
-    bool ics_mode = false;     // playing on a chess server
-    bool force_mode = false;   // record moves, never think unasked
+    bool xboard_mode = false;   // the interface said "xboard": thinking lines in its format
+    bool uci_mode = false;      // UCI is active: move text, thinking lines
+    bool standard_uci = false;  // UCI as today's clients speak it (standard_uci.h), not the engine's own
+    bool uci_debug = false;     // echo every command
+    bool ics_mode = false;      // playing on a chess server
+    bool force_mode = false;    // record moves, never think unasked
     bool engine_white = false;
     bool engine_black = false;
     bool post_thinking = false;  // stored only
     bool easy_mode = false;      // no pondering
-    bool analyze_mode = false;
     bool clock_running = false;
-    bool abort_search = false;  // the running search must stop
-    bool random_mode = false;   // stored only
-    bool game_over = false;     // a result was printed for the current position
-    int ponder_state = NOT_PONDERING;
-    bool own_book = false;  // stored only
+    bool random_mode = false;  // stored only
+    bool game_over = false;    // a result was printed for the current position
+    bool own_book = false;     // stored only
     bool ics_computer_opponent = false;
-    bool uci_infinite = false;
-    bool test_mode = false;                     // EPD test runner: a found mate does not end the search
     bool searching = false;                     // think() runs: commands come from its input poll
     std::vector<std::string> pending_commands;  // read during a search, to be run after it, in their order
     Move ponder_move;                           // expected from the opponent; empty when from = 0
@@ -47,6 +40,12 @@ struct ProtocolState {
     std::optional<i32> engine_time_ms, opponent_time_ms;
 };
 
-extern ProtocolState protocol_state;  // defined in protocol_state.cpp
+extern ProtocolState protocol_state;
+
+// A line that the active protocol ignores: "# TEXT" or "info string TEXT".
+void tell(const std::string& text);
+
+// As much of what the client said as is worth repeating.
+std::string excerpt(std::string_view said);
 
 }  // namespace quelmar

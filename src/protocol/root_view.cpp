@@ -2,15 +2,15 @@
 
 #include "board/make_move.h"
 #include "board/position.h"
-#include "eval/attack_map.h"
-#include "eval/ply_outputs.h"
+#include "eval/outputs.h"
 #include "protocol/protocol_state.h"
+#include "search/search_control.h"
 
 namespace quelmar {
 
 struct RootView::Saved {
     Position position_then = position;
-    std::array<AttackMap, 2> attack_map_then = attack_map;
+    Table<AttackMap, 2> attack_map_then = attack_map;
     decltype(ply_outputs) ply_outputs_then = ply_outputs;
 };
 
@@ -32,7 +32,7 @@ RootView::RootView() {
     saved_ = std::make_unique<const Saved>();
     while (position.search_ply > 0)
         step_back();
-    if (protocol_state.ponder_state == PONDERING) {  // on a move that nobody has played yet
+    if (search_control.ponder_state == Pondering::YES) {  // on a move that nobody has played yet
         position.search_ply = 1;
         step_back();
     }

@@ -1,44 +1,55 @@
-// The user's settings: one record, filled at start-up, changed by protocol options, only read elsewhere.
+// The user's settings, filled at start-up and changed by protocol options. Those of the search stand in
+// SearchSettings, the playing style with the evaluation.
 #pragma once
 
 #include "board/types.h"
 
 #include <string>
+#include <string_view>
 
 namespace quelmar {
-
-// Playing styles, values of EngineSettings::style.
-inline constexpr int STYLE_NORMAL = 0, STYLE_ACTIVE = 1, STYLE_AGGRESSIVE = 2, STYLE_SUICIDAL = 3;
 
 inline constexpr std::size_t PIECE_LETTERS_MAX = 9, TB_PATH_MAX = 257;  // characters
 
 // Flags are ints holding 0 or 1, so that the tables of keys and options can address every field alike.
 struct EngineSettings {
-    int selectivity = 6;             // 0..10; 0 switches late-move reductions off
-    int null_reduction = 3;          // plies; 0 switches the null move off
-    int null_reduction_endgame = 2;  // plies, with little material
-    int qsearch_checks = 1;
     int hash_mb = 24;        // transposition table, megabytes
     int fritz_hash_mb = 24;  // stands in for a UCI hash size of 1 or less
-    int style = STYLE_ACTIVE;
-    int bm_exts = 1;  // Botvinnik-Markoff extension
     int resign_enabled = 0;
-    int iid = 1;          // internal iterative deepening
     int white_score = 0;  // thinking lines show White's point of view
     int san_output = 0;   // thinking lines show SAN
     int own_book_default = 0;
     int tbook = 0;
-    int grain_size = 4;  // evaluation units per unit of search score; used through grain()
     int show_curr_line = 0;
     int show_refutations = 0;
     std::string piece_letters = "PNBRQK";  // pawn, knight, bishop, rook, queen, king; may be shorter or odd
     std::string tb_path;                   // directory list
     int tb_cache_mb = 1;
-
-    // grain_size clamped to what the search can divide and shift by, 1..31.
-    int grain() const { return grain_size < 1 ? 1 : grain_size > 31 ? 31 : grain_size; }
 };
 
-extern EngineSettings settings;  // defined in protocol_state.cpp
+extern EngineSettings settings;
+
+// All settings of the program as they were before anything was read.
+void reset_settings();
+
+// Replaces the transposition table by one of settings.hash_mb and tells when there is less memory.
+void apply_hash_size();
+
+// Registers the endgame tables along settings.tb_path, with a cache of settings.tb_cache_mb, which becomes
+// what could be had.
+void apply_table_path();
+
+// In the order of Style. The first six letters tell them apart.
+inline constexpr Table<std::string_view, 4> STYLE_NAMES = {"Normal", "Active", "Aggressive", "Suicidal"};
+inline constexpr std::size_t STYLE_LETTERS = 6;
+
+// Plays in one of the styles, by its number 0..3.
+void choose_style(int number);
+
+// The same by the first letters of `name`, upper or lower case; an unknown name changes nothing.
+void choose_style_named(std::string_view name);
+
+// Sets one setting from text; what is no number leaves it as it was.
+void set_number(int& setting, std::string_view value);
 
 }  // namespace quelmar

@@ -1,15 +1,17 @@
 // "go": all limits that it names hold together, the first that is reached ends the search. Only the clocks
 // give way to "infinite" and "ponder", and a search without any limit is endless.
-#include "board/move_text.h"
+#include "protocol/standard_go.h"
+
 #include "board/position.h"
-#include "board/setup.h"
-#include "protocol/clocks.h"
 #include "protocol/game.h"
+#include "protocol/game_clock.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
+#include "protocol/root_moves.h"
 #include "protocol/standard_options.h"
-#include "protocol/standard_uci.h"
 #include "protocol/text_values.h"
 #include "protocol/uci.h"
+#include "search/search_control.h"
 #include "search/search_limits.h"
 
 #include <algorithm>
@@ -23,7 +25,7 @@ using Limit = std::optional<i64>;
 
 struct GoArguments {
     bool ponder = false, infinite = false;
-    std::array<Limit, 2> time, increment;  // by side, milliseconds
+    Table<Limit, 2> time, increment;  // by side, milliseconds
     Limit moves_to_go, depth, nodes, mate, move_time;
     std::vector<Move> moves;
 
@@ -107,8 +109,7 @@ i32 without_overhead(i64 ms) {
 
 // The time that is left to `side`; a client that names the other's only gets as much.
 i64 time_left(const GoArguments& go, Side side) {
-    const auto ours = static_cast<std::size_t>(side);
-    return std::max<i64>(0, go.time[ours].value_or(go.time[ours ^ 1].value_or(0)));
+    return std::max<i64>(0, go.time[side].value_or(go.time[other_side(side)].value_or(0)));
 }
 
 // The overhead is lost on every move to come as well, as far as the increment does not pay for it.
@@ -120,10 +121,10 @@ i64 left_for_thinking(i64 left, i64 increment, i64 moves) {
 
 SideClock game_clock(const GoArguments& go, Side side) {
     constexpr i64 MOVES_AHEAD = 20;
-    const i64 increment = std::max<i64>(0, go.increment[static_cast<std::size_t>(side)].value_or(0));
+    const i64 increment = std::max<i64>(0, go.increment[side].value_or(0));
     const i64 to_go = std::max<i64>(0, go.moves_to_go.value_or(0));
     const i64 moves = to_go > 0 ? std::min(to_go, MOVES_AHEAD) : MOVES_AHEAD;
-    SideClock clock{.kind = to_go > 0 ? CLOCK_MOVES_IN_TIME : CLOCK_WHOLE_GAME};
+    SideClock clock{.kind = to_go > 0 ? ClockKind::MOVES_IN_TIME : ClockKind::WHOLE_GAME};
     clock.moves_per_control = clamp_to_i32(to_go);
     clock.time_left_ms = clamp_to_i32(left_for_thinking(time_left(go, side), increment, moves));
     clock.increment_ms = clamp_to_i32(std::max<i64>(0, increment - move_overhead_ms()));
@@ -134,8 +135,8 @@ SideClock clock_of(const GoArguments& go, Side side) {
     if (go.has_clock())
         return game_clock(go, side);
     if (go.move_time)
-        return {.kind = CLOCK_PER_MOVE, .time_left_ms = without_overhead(*go.move_time)};
-    return {.kind = CLOCK_FIXED_DEPTH, .depth_limit = MAX_ITERATION};
+        return {.kind = ClockKind::PER_MOVE, .time_left_ms = without_overhead(*go.move_time)};
+    return {.kind = ClockKind::FIXED_DEPTH, .depth_limit = MAX_ITERATION};
 }
 
 // A limit below 1 counts as 1, so that the search ends.
@@ -173,13 +174,13 @@ void standard_go(std::string_view arguments) {
     }
     const GoArguments go = read_arguments(arguments);
     for (const Side side : {WHITE, BLACK})
-        position.current().clock[static_cast<std::size_t>(side)] = clock_of(go, side);
+        position.current().clock[side] = clock_of(go, side);
     search_limits = limits_of(go);
-    protocol_state.uci_infinite = go.infinite || !go.has_limit();
-    protocol_state.ponder_state = go.ponder ? PONDERING : NOT_PONDERING;
+    search_control.uci_infinite = go.infinite || !go.has_limit();
+    search_control.ponder_state = go.ponder ? Pondering::YES : Pondering::NO;
     run_search();
-    protocol_state.ponder_state = NOT_PONDERING;
-    protocol_state.uci_infinite = false;
+    search_control.ponder_state = Pondering::NO;
+    search_control.uci_infinite = false;
     search_limits = SearchLimits{};
     print_best_move();
 }

@@ -1,17 +1,18 @@
 #include "protocol/standard_options.h"
 
-#include "protocol/dialect.h"
+#include "eval/evaluate.h"
+#include "platform/platform.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
-#include "protocol/standard_uci.h"
 #include "protocol/text_values.h"
+#include "search/search_settings.h"
 #include "search/transposition.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <span>
 #include <string>
 
@@ -32,49 +33,37 @@ enum class Kind { CHECK, SPIN, COMBO, BUTTON, STRING };
 struct Option {
     std::string_view name;
     Kind kind;
-    int (*get)();
-    void (*set)(int value);
+    int* setting = nullptr;            // holds the value, or `get` tells it, or there is none
+    void (*set)(int value) = nullptr;  // does all that is to be done; without it only the setting is written
     int min = 0, max = 1;
     std::span<const std::string_view> variants = {};
+    int (*get)() = nullptr;
+
+    int value() const { return get != nullptr ? get() : setting != nullptr ? *setting : 0; }
+    void take(int value) const { set != nullptr ? set(value) : static_cast<void>(*setting = value); }
 };
-
-// Indexed by EngineSettings::style.
-constexpr std::string_view STYLES[] = {"Normal", "Active", "Aggressive", "Suicidal"};
-static_assert(STYLES[STYLE_ACTIVE] == "Active" && STYLES[STYLE_SUICIDAL] == "Suicidal");
-
-template <int EngineSettings::*Field> int field() {
-    return settings.*Field;
-}
-
-template <int EngineSettings::*Field> void set_field(int value) {
-    settings.*Field = value;
-}
-
-int nothing() {
-    return 0;
-}
 
 void ignore(int) {}
 
 void set_hash(int megabytes) {
     settings.hash_mb = megabytes;
-    tt_allocate();
+    apply_hash_size();
 }
 
 // With little material on the board the null move is searched a ply deeper than with reduction 3.
 void set_null_reduction(int plies) {
     constexpr int ENDGAME_MAXIMUM = 2;
-    settings.null_reduction = plies;
-    settings.null_reduction_endgame = std::min(plies, ENDGAME_MAXIMUM);
+    search_settings.null_reduction = plies;
+    search_settings.null_reduction_endgame = std::min(plies, ENDGAME_MAXIMUM);
 }
 
 // Which directories do not exist, and what the others hold.
 void tell_tables() {
     const std::string& path = settings.tb_path;
     for (const std::string_view directory : table_directories(path)) {
-        std::error_code ignored;
-        if (!directory.empty() && !std::filesystem::is_directory(directory, ignored))
-            tell("there is no directory " + std::string(directory));
+        const std::string name(directory);
+        if (!name.empty() && !platform::is_directory(name.c_str()))
+            tell("there is no directory " + name);
     }
     const int tables = count_registered_tables();
     const std::string where = " in " + (path.empty() ? "the current directory" : path);
@@ -86,42 +75,47 @@ void tell_tables() {
 }
 
 void set_table_path(int) {
-    setup_tablebases();
+    apply_table_path();
     tell_tables();
 }
 
 void set_table_cache(int megabytes) {
     settings.tb_cache_mb = megabytes;
-    setup_tablebases();
+    apply_table_path();
     tell_start_tables();
 }
 
-using S = EngineSettings;
+bool castles_onto_rook() {
+    return castling_notation == CastlingText::KING_TAKES_ROOK;
+}
 
 // clang-format off
 constexpr Option OPTIONS[] = {
-    {"Hash", Kind::SPIN, field<&S::hash_mb>, set_hash, 1, MAX_HASH_MB},
-    {"Clear Hash", Kind::BUTTON, nothing, [](int) { tt_clear(); }},
-    {"Threads", Kind::SPIN, [] { return 1; }, ignore, 1, 1},  // clients set it unasked
-    {"Ponder", Kind::CHECK, nothing, ignore},                 // "go ponder" says it all
-    {"Move Overhead", Kind::SPIN, move_overhead_ms, [](int ms) { overhead_ms = ms; }, 0, MAX_OVERHEAD_MS},
-    {"UCI_Chess960", Kind::CHECK, [] { return static_cast<int>(dialect.castling == CastlingText::KING_TAKES_ROOK); },
-     [](int on) { dialect.castling = on != 0 ? CastlingText::KING_TAKES_ROOK : CastlingText::KING_MOVE; }},
-    {"UCI_ShowCurrLine", Kind::CHECK, field<&S::show_curr_line>, set_field<&S::show_curr_line>},
-    {"UCI_ShowRefutations", Kind::CHECK, field<&S::show_refutations>, set_field<&S::show_refutations>},
-    {"Style", Kind::COMBO, field<&S::style>, set_field<&S::style>, 0, std::size(STYLES) - 1, STYLES},
-    {"Selectivity", Kind::SPIN, field<&S::selectivity>, set_field<&S::selectivity>, 0, 10},
-    {"Checks in qsearch", Kind::CHECK, field<&S::qsearch_checks>, set_field<&S::qsearch_checks>},
-    {"Nullmove reduction factor", Kind::SPIN, field<&S::null_reduction>, set_null_reduction, 0, 3},
-    {"Internal iterative deepening", Kind::CHECK, field<&S::iid>, set_field<&S::iid>},
-    {"NalimovPath", Kind::STRING, nothing, set_table_path},
-    {"NalimovCache", Kind::SPIN, field<&S::tb_cache_mb>, set_table_cache, 1, MAX_CACHE_MB},
+    {"Hash", Kind::SPIN, &settings.hash_mb, set_hash, 1, MAX_HASH_MB},
+    {"Clear Hash", Kind::BUTTON, nullptr, [](int) { tt_clear(); }},
+    {"Threads", Kind::SPIN, nullptr, ignore, 1, 1, {}, [] { return 1; }},  // clients set it unasked
+    {"Ponder", Kind::CHECK, nullptr, ignore},                              // "go ponder" says it all
+    {"Move Overhead", Kind::SPIN, &overhead_ms, nullptr, 0, MAX_OVERHEAD_MS},
+    {"UCI_Chess960", Kind::CHECK, nullptr,
+     [](int on) { castling_notation = on != 0 ? CastlingText::KING_TAKES_ROOK : CastlingText::KING_MOVE; },
+     0, 1, {}, [] { return static_cast<int>(castles_onto_rook()); }},
+    {"UCI_ShowCurrLine", Kind::CHECK, &settings.show_curr_line},
+    {"UCI_ShowRefutations", Kind::CHECK, &settings.show_refutations},
+    {"Style", Kind::COMBO, nullptr, choose_style, 0, STYLE_NAMES.size() - 1, STYLE_NAMES,
+     [] { return static_cast<int>(playing_style); }},
+    {"Selectivity", Kind::SPIN, &search_settings.selectivity, nullptr, 0, 10},
+    {"Checks in qsearch", Kind::CHECK, &search_settings.qsearch_checks},
+    {"Nullmove reduction factor", Kind::SPIN, &search_settings.null_reduction, set_null_reduction, 0, 3},
+    {"Internal iterative deepening", Kind::CHECK, &search_settings.iid},
+    {"NalimovPath", Kind::STRING, nullptr, set_table_path},
+    {"NalimovCache", Kind::SPIN, &settings.tb_cache_mb, set_table_cache, 1, MAX_CACHE_MB},
 };
 // clang-format on
+constexpr int OPTION_COUNT = std::size(OPTIONS);
 
 constexpr std::string_view NO_TEXT = "<empty>";
 
-std::array<int, std::size(OPTIONS)> default_values;
+Table<int, OPTION_COUNT> default_values;
 std::string default_path;
 
 std::string describe(const Option& option, int value) {
@@ -196,8 +190,8 @@ std::string_view without_space_around(std::string_view text) {
 }  // namespace
 
 void remember_standard_defaults() {
-    for (std::size_t i = 0; i < default_values.size(); ++i)
-        default_values[i] = std::clamp(OPTIONS[i].get(), OPTIONS[i].min, OPTIONS[i].max);
+    for (int i = 0; i < OPTION_COUNT; ++i)
+        default_values[i] = std::clamp(OPTIONS[i].value(), OPTIONS[i].min, OPTIONS[i].max);
     default_path = settings.tb_path;
 }
 
@@ -207,7 +201,7 @@ void tell_start_tables() {
 }
 
 void print_standard_options() {
-    for (std::size_t i = 0; i < default_values.size(); ++i)
+    for (int i = 0; i < OPTION_COUNT; ++i)
         std::printf("option name %s type %s\n", OPTIONS[i].name.data(),
                     describe(OPTIONS[i], default_values[i]).c_str());
 }
@@ -222,7 +216,7 @@ void set_standard_option(std::string_view arguments) {
     if (option == std::end(OPTIONS)) {
         tell("there is no option " + excerpt(name));
     } else if (const auto number = read_value(*option, value)) {
-        option->set(*number);
+        option->take(*number);
     } else {
         tell("option " + std::string(option->name) + " does not take the value " + excerpt(value) +
              (option->kind == Kind::STRING ? ", longer than " + std::to_string(TB_PATH_MAX) + " characters"

@@ -1,4 +1,4 @@
-// The options of the standard UCI face: one table for what is announced and what is understood.
+// The options of the standard UCI: one table for what is announced and what is understood.
 #pragma once
 
 #include <string_view>

@@ -1,16 +1,18 @@
 #include "protocol/standard_uci.h"
 
-#include "board/move_text.h"
-#include "board/setup.h"
-#include "eval/evaluate.h"
-#include "eval/ply_outputs.h"
+#include "eval/outputs.h"
+#include "eval/pawns.h"
 #include "protocol/command_table.h"
-#include "protocol/dialect.h"
 #include "protocol/game.h"
 #include "protocol/input.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
+#include "protocol/root_moves.h"
+#include "protocol/standard_go.h"
 #include "protocol/standard_options.h"
 #include "protocol/text_values.h"
+#include "protocol/uci.h"
+#include "search/search_control.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
 #include "search/transposition.h"
@@ -26,11 +28,11 @@ namespace {
 
 ProtocolState& state = protocol_state;
 
-void report_bad_fen(int error) {
-    constexpr std::array<const char*, 4> REASONS = {"", "the placement of the men is cut short",
-                                                    "the placement of the men is impossible",
-                                                    "the side to move is neither w nor b"};
-    tell(std::string("bad FEN: ") + REASONS[static_cast<std::size_t>(error)]);
+void tell_fen_error(FenError error) {
+    constexpr Table<const char*, 4> REASONS = {"", "the placement of the men is cut short",
+                                               "the placement of the men is impossible",
+                                               "the side to move is neither w nor b"};
+    tell(std::string("bad FEN: ") + REASONS[static_cast<int>(error)]);
 }
 
 // ---- position ----
@@ -64,8 +66,10 @@ void set_up_position(std::string_view arguments) {
         tell("a position is startpos or fen");
         return;
     }
-    if (parse_fen(fen.c_str()) != 0)
+    if (const FenError error = set_up_game(fen.c_str()); error != FenError::NONE) {
+        tell_fen_error(error);
         return;
+    }
     for (std::string_view word = take_word(arguments); !word.empty(); word = take_word(arguments)) {
         if (!play_listed_move(word))
             return;
@@ -75,7 +79,7 @@ void set_up_position(std::string_view arguments) {
 // ---- commands ----
 
 void identify(std::string_view) {
-    std::printf("id name %s %s\nid author Edrin Talvose\n", ENGINE_NAME, ENGINE_VERSION);
+    print_identity();
     print_standard_options();
     std::printf("uciok\n");
 }
@@ -101,12 +105,12 @@ void new_game_follows(std::string_view) {
 }
 
 void stop(std::string_view) {
-    state.abort_search = true;  // the next search clears it, so that a late "stop" does no harm
+    search_control.abort_search = true;  // the next search clears it, so that a late "stop" does no harm
 }
 
 void ponder_hit(std::string_view) {
-    if (state.ponder_state == PONDERING)
-        state.ponder_state = PONDER_HIT;
+    if (search_control.ponder_state == Pondering::YES)
+        search_control.ponder_state = Pondering::HIT;
 }
 
 using enum Meanwhile;
@@ -176,30 +180,10 @@ void line_during_search(std::string_view line) {
 
 }  // namespace
 
-void tell(const std::string& text) {
-    std::printf("info string %s\n", text.c_str());
-}
-
-std::string excerpt(std::string_view said) {
-    constexpr std::size_t LONGEST = 120;
-    return std::string(said.substr(0, LONGEST));
-}
-
-void adopt_standard_dialect() {
-    dialect = {
-        .castling = CastlingText::KING_MOVE,
-        .reads_any_castling = true,
-        .reads_whole_fen = true,
-        .starts_in_uci = true,
-        .plays_on_without_table = true,
-        .current_line_head = "info currline 1",
-        .report_bad_fen = report_bad_fen,
-        .uci_line_during_search = line_during_search,
-    };
-}
-
 void run_standard_uci() {
-    state.uci_mode = true;
+    castling_notation = CastlingText::KING_MOVE;
+    search_control.counts_moves_left = true;
+    set_search_line_handler(line_during_search);
     remember_standard_defaults();
     tell_start_tables();
     for (;;) {

@@ -1,26 +1,12 @@
-// The second face: UCI as today's interfaces speak it. It differs from the engine's own dialect in what it
-// writes and reads (dialect.h), in its options, and in that all limits of "go" hold together. What went wrong
-// is told in "info string" lines.
+// UCI as today's interfaces speak it, the protocol of the second program. It differs from the engine's own
+// UCI in how it writes castling, in that it reads whole FENs, in its options, and in that all limits of "go"
+// hold together. What went wrong is told in "info string" lines. protocol_state.standard_uci says to the rest
+// of the program which of both it is.
 #pragma once
-
-#include <string>
-#include <string_view>
 
 namespace quelmar {
 
-// Lets the whole program write and read the standard dialect from now on.
-void adopt_standard_dialect();
-
-// Obeys UCI commands until "quit" or the end of the input. Settings and the start position must be set up.
+// Obeys UCI commands until "quit" or the end of the input. The engine must have been started for it.
 [[noreturn]] void run_standard_uci();
-
-// "info string " and the text, on a line of its own.
-void tell(const std::string& text);
-
-// As much of what the client said as is worth repeating.
-std::string excerpt(std::string_view said);
-
-// What "go" says behind its word. Searches the current position and prints the best move.
-void standard_go(std::string_view arguments);
 
 }  // namespace quelmar

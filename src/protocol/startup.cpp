@@ -1,30 +1,25 @@
 #include "protocol/startup.h"
 
-#include "protocol/clocks.h"
+#include "board/hash_keys.h"
+#include "eval/exchange.h"
 #include "protocol/config_file.h"
+#include "protocol/game.h"
+#include "protocol/game_clock.h"
+#include "protocol/input.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
-#include "search/transposition.h"
-#include "tablebase/probe.h"
+#include "protocol/thinking.h"
+#include "protocol/xboard.h"
+#include "search/search_control.h"
+#include "search/search_reports.h"
+#include "tablebase/registry.h"
 
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <fcntl.h>
 #include <new>
-#include <unistd.h>
 
 namespace quelmar {
-
-void prepare_standard_streams() {
-    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (::fcntl(descriptor, F_GETFD) == -1)
-            ::open("/dev/null", O_RDWR);  // takes the lowest free number, which is this one
-    }
-    std::signal(SIGPIPE, SIG_DFL);  // a parent may have left it ignored
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-}
 
 // No new handler, since readers of tables ask for memory that they can do without.
 void end_when_memory_runs_out() {
@@ -43,13 +38,32 @@ void end_when_memory_runs_out() {
     });
 }
 
-void load_settings() {
+static void connect_search() {
+    print_what_the_search_says();
+    search_reports.poll_input = poll_input;
+    search_reports.wait_for_input = wait_for_input;
+    set_search_line_handler(dispatch_xboard_during_search);  // until a UCI takes over
+}
+
+void load_settings(UciKind kind) {
     time_control = {};
+    search_control = {};
     protocol_state = {};
-    settings = {};
+    protocol_state.standard_uci = protocol_state.uci_mode = kind == UciKind::STANDARD;
+    table_reports.faulty_file_is_fatal = kind == UciKind::OWN;
+    table_reports.tell = tell;
+    reset_settings();
     read_config_file();
-    setup_tablebases();
-    tt_allocate();
+    apply_table_path();
+    apply_hash_size();
+}
+
+void start_engine(UciKind kind) {
+    init_hash_keys();
+    build_exchange_table();
+    connect_search();
+    load_settings(kind);
+    new_game();
 }
 
 }  // namespace quelmar

@@ -89,9 +89,4 @@ std::optional<i32> take_thousandths(std::string_view& text) {
     return clamp_to_i32(negative ? -thousandths : thousandths);
 }
 
-i32 clamp_to_i32(i64 value) {
-    return static_cast<i32>(
-        std::clamp<i64>(value, std::numeric_limits<i32>::min(), std::numeric_limits<i32>::max()));
-}
-
 }  // namespace quelmar

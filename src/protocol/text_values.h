@@ -41,7 +41,4 @@ inline std::optional<i32> read_number(std::string_view text) {
     return take_number(text);
 }
 
-// The nearest value that fits.
-i32 clamp_to_i32(i64 value);
-
 }  // namespace quelmar

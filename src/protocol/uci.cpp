@@ -1,15 +1,16 @@
 #include "protocol/uci.h"
 
-#include "board/move_text.h"
 #include "board/position.h"
-#include "board/setup.h"
-#include "protocol/clocks.h"
 #include "protocol/command_table.h"
 #include "protocol/game.h"
+#include "protocol/game_clock.h"
 #include "protocol/input.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
+#include "protocol/root_moves.h"
 #include "protocol/text_values.h"
 #include "protocol/uci_options.h"
+#include "search/search_control.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
 #include "search/transposition.h"
@@ -69,7 +70,7 @@ void set_up_position(std::string_view arguments) {
     } else {
         return;
     }
-    if (parse_fen(fen.c_str()) == 0)
+    if (set_up_or_report(fen.c_str()))
         play_listed_moves(moves);
 }
 
@@ -90,7 +91,7 @@ bool has_word(std::string_view line, std::string_view word) {
 void set_clock(SideClock& clock, std::string_view line, std::string_view time, std::string_view increment) {
     if (const i32 ms = limit(line, time)) {
         clock.time_left_ms = ms;
-        clock.kind = CLOCK_WHOLE_GAME;
+        clock.kind = ClockKind::WHOLE_GAME;
     }
     clock.increment_ms = limit(line, increment);
 }
@@ -98,19 +99,19 @@ void set_clock(SideClock& clock, std::string_view line, std::string_view time, s
 // Later limits override earlier ones: infinite, then movetime, depth, movestogo.
 void set_limits(SideClock& clock, std::string_view line) {
     if (const i32 moves = limit(line, "movestogo"); moves > 0) {
-        clock.kind = CLOCK_MOVES_IN_TIME;
+        clock.kind = ClockKind::MOVES_IN_TIME;
         clock.moves_per_control = moves;
     }
     if (const i32 depth = limit(line, "depth"); depth > 0) {
-        clock.kind = CLOCK_FIXED_DEPTH;
+        clock.kind = ClockKind::FIXED_DEPTH;
         clock.depth_limit = depth;
     }
     if (const i32 ms = limit(line, "movetime")) {
-        clock.kind = CLOCK_PER_MOVE;
+        clock.kind = ClockKind::PER_MOVE;
         clock.time_left_ms = ms;
     }
-    if (state.uci_infinite)
-        clock.kind = CLOCK_UNLIMITED;
+    if (search_control.uci_infinite)
+        clock.kind = ClockKind::UNLIMITED;
 }
 
 void go(std::string_view line) {
@@ -118,16 +119,16 @@ void go(std::string_view line) {
         std::printf("bestmove %s\n", move_text(Move{}).c_str());
         return;
     }
-    auto& [white, black] = position.current().clock;
-    state.uci_infinite = has_word(line, "infinite");
-    set_clock(white, line, "wtime", "winc");
-    set_clock(black, line, "btime", "binc");
-    set_limits(white, line);
-    set_limits(black, line);
-    state.ponder_state = has_word(line, "ponder") ? PONDERING : NOT_PONDERING;
+    auto& clock = position.current().clock;
+    search_control.uci_infinite = has_word(line, "infinite");
+    set_clock(clock[WHITE], line, "wtime", "winc");
+    set_clock(clock[BLACK], line, "btime", "binc");
+    set_limits(clock[WHITE], line);
+    set_limits(clock[BLACK], line);
+    search_control.ponder_state = has_word(line, "ponder") ? Pondering::YES : Pondering::NO;
     run_search();
-    state.ponder_state = NOT_PONDERING;
-    state.uci_infinite = false;
+    search_control.ponder_state = Pondering::NO;
+    search_control.uci_infinite = false;
     print_best_move();
 }
 
@@ -182,12 +183,14 @@ void run_command(std::string_view line) {
 
 void enter_uci() {
     state.uci_mode = true;
+    search_control.counts_moves_left = true;
+    set_search_line_handler(dispatch_uci_during_search);
     state.xboard_mode = false;
     // No UCI command ends these, and a search under them would have no end.
-    state.analyze_mode = false;
-    state.ponder_state = NOT_PONDERING;
+    search_control.analyze_mode = false;
+    search_control.ponder_state = Pondering::NO;
 
-    std::printf("id name %s %s\nid author Edrin Talvose\n", ENGINE_NAME, ENGINE_VERSION);
+    print_identity();
     print_uci_options();
     std::printf("uciok\n");
     for (;;) {
@@ -196,6 +199,10 @@ void enter_uci() {
         else
             dispatch_uci_command(read_command());
     }
+}
+
+void print_identity() {
+    std::printf("id name %s %s\nid author Edrin Talvose\n", ENGINE_NAME, ENGINE_VERSION);
 }
 
 void print_best_move() {
@@ -215,10 +222,10 @@ void dispatch_uci_command(std::string_view line) {
 void dispatch_uci_during_search(std::string_view line) {
     const Command* command = find_command(COMMANDS, line);
     if (line.starts_with("stop")) {
-        state.abort_search = true;
+        search_control.abort_search = true;
     } else if (line.starts_with("ponderhit")) {
-        if (state.ponder_state == PONDERING)
-            state.ponder_state = PONDER_HIT;
+        if (search_control.ponder_state == Pondering::YES)
+            search_control.ponder_state = Pondering::HIT;
     } else if (command && command->during_search == AFTER_SEARCH) {
         echo_when_debugging(line);
         run_after_search(std::string(line));

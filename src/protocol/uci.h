@@ -19,4 +19,7 @@ void dispatch_uci_during_search(std::string_view line);
 // The "bestmove" line of the search that has just ended.
 void print_best_move();
 
+// The "id" lines.
+void print_identity();
+
 }  // namespace quelmar

@@ -4,11 +4,9 @@
 #include "protocol/uci_options.h"
 
 #include "protocol/protocol_state.h"
-#include "protocol/setting_value.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
-#include "search/transposition.h"
-#include "tablebase/probe.h"
+#include "search/search_settings.h"
 
 #include <cstdio>
 
@@ -34,75 +32,85 @@ constexpr std::string_view ANNOUNCED[] = {
 
 constexpr int FULL_NULL_REDUCTION = 3, ENDGAME_NULL_REDUCTION = 2;  // plies
 
-void hash(std::string_view value) {
+using Reader = void (*)(std::string_view value, int* setting);
+
+void number(std::string_view value, int* setting) {
+    set_number(*setting, value);
+}
+
+void on(std::string_view, int* setting) {
+    *setting = 1;
+}
+
+void off(std::string_view, int* setting) {
+    *setting = 0;
+}
+
+void hash(std::string_view value, int*) {
     const auto megabytes = read_number(value);
     if (!megabytes)
         return;
     settings.hash_mb = *megabytes <= 1 ? settings.fritz_hash_mb : *megabytes;
-    tt_allocate();
+    apply_hash_size();
 }
 
-void null_reduction(std::string_view value) {
+void null_reduction(std::string_view value, int*) {
     const auto plies = read_number(value);
     if (!plies)
         return;
-    settings.null_reduction = *plies;
-    settings.null_reduction_endgame = *plies > 1 ? ENDGAME_NULL_REDUCTION : *plies;
+    search_settings.null_reduction = *plies;
+    search_settings.null_reduction_endgame = *plies > 1 ? ENDGAME_NULL_REDUCTION : *plies;
 }
 
-void null_move_on(std::string_view) {
-    settings.null_reduction = FULL_NULL_REDUCTION;
-    settings.null_reduction_endgame = ENDGAME_NULL_REDUCTION;
+void null_move_on(std::string_view, int*) {
+    search_settings.null_reduction = FULL_NULL_REDUCTION;
+    search_settings.null_reduction_endgame = ENDGAME_NULL_REDUCTION;
 }
 
-void null_move_off(std::string_view) {
-    settings.null_reduction = settings.null_reduction_endgame = 0;
+void null_move_off(std::string_view, int*) {
+    search_settings.null_reduction = search_settings.null_reduction_endgame = 0;
 }
 
-void nalimov_path(std::string_view value) {
+void nalimov_path(std::string_view value, int*) {
     settings.tb_path = without_line_end(skip_space(value)).substr(0, TB_PATH_MAX);
-    setup_tablebases();
+    apply_table_path();
 }
 
-void own_book(bool on) {
-    protocol_state.own_book = on;
+template <bool On> void own_book(std::string_view, int*) {
+    protocol_state.own_book = On;
 }
 
-template <int EngineSettings::*Field, int Value> void choose(std::string_view) {
-    settings.*Field = Value;
+void style(std::string_view value, int*) {
+    choose_style_named(value);
 }
 
 // The value of an option follows its text after one character.
 struct Accepted {
     std::string_view text;
-    void (*set)(std::string_view value);
+    Reader set;
+    int* setting = nullptr;  // of the general readers
 };
-
-using S = EngineSettings;
 
 // The first row whose text begins the line wins.
 constexpr Accepted ACCEPTED[] = {
     {"Hash value", hash},
-    {"Selectivity value", set_number<&S::selectivity>},
-    {"Style value Normal", choose<&S::style, STYLE_NORMAL>},
-    {"Style value Active", choose<&S::style, STYLE_ACTIVE>},
-    {"Style value Aggres", choose<&S::style, STYLE_AGGRESSIVE>},
-    {"Style value Suicid", choose<&S::style, STYLE_SUICIDAL>},
-    {"OwnBook value true", [](std::string_view) { own_book(true); }},
-    {"OwnBook value false", [](std::string_view) { own_book(false); }},
-    {"Checks in qsearch value true", choose<&S::qsearch_checks, 1>},
-    {"Checks in qsearch value fals", choose<&S::qsearch_checks, 0>},
-    {"Internal iterative deepening value true", choose<&S::iid, 1>},
-    {"Internal iterative deepening value false", choose<&S::iid, 0>},
+    {"Selectivity value", number, &search_settings.selectivity},
+    {"Style value", style},
+    {"OwnBook value true", own_book<true>},
+    {"OwnBook value false", own_book<false>},
+    {"Checks in qsearch value true", on, &search_settings.qsearch_checks},
+    {"Checks in qsearch value fals", off, &search_settings.qsearch_checks},
+    {"Internal iterative deepening value true", on, &search_settings.iid},
+    {"Internal iterative deepening value false", off, &search_settings.iid},
     {"Nullmove value tru", null_move_on},
     {"Nullmove value fal", null_move_off},
     {"Nullmove reduction factor value", null_reduction},
-    {"UCI_ShowCurrLine value true", choose<&S::show_curr_line, 1>},
-    {"UCI_ShowCurrLine value false", choose<&S::show_curr_line, 0>},
-    {"UCI_ShowRefutations value true", choose<&S::show_refutations, 1>},
-    {"UCI_ShowRefutations value false", choose<&S::show_refutations, 0>},
+    {"UCI_ShowCurrLine value true", on, &settings.show_curr_line},
+    {"UCI_ShowCurrLine value false", off, &settings.show_curr_line},
+    {"UCI_ShowRefutations value true", on, &settings.show_refutations},
+    {"UCI_ShowRefutations value false", off, &settings.show_refutations},
     {"NalimovPath value", nalimov_path},
-    {"NalimovCache value", set_number<&S::tb_cache_mb>},
+    {"NalimovCache value", number, &settings.tb_cache_mb},
 };
 
 }  // namespace
@@ -119,7 +127,7 @@ void print_uci_options() {
 void set_uci_option(std::string_view text) {
     for (const Accepted& option : ACCEPTED) {
         if (begins_with_ignoring_case(text, option.text)) {
-            option.set(text_from(text, option.text.size() + 1));
+            option.set(text_from(text, option.text.size() + 1), option.setting);
             return;
         }
     }

@@ -5,23 +5,23 @@
 
 #include "protocol/xboard.h"
 
-#include "board/move_text.h"
+#include "board/diagram.h"
+#include "board/game_result.h"
 #include "board/position.h"
-#include "board/setup.h"
 #include "eval/evaluate.h"
-#include "eval/game_result.h"
-#include "protocol/benchmark.h"
-#include "protocol/clock_commands.h"
-#include "protocol/clocks.h"
+#include "protocol/batch_modes.h"
 #include "protocol/command_table.h"
 #include "protocol/game.h"
+#include "protocol/game_clock.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_view.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
+#include "protocol/thinking.h"
 #include "protocol/uci.h"
+#include "search/search_control.h"
 #include "search/search_state.h"
-#include "search/thinking.h"
 #include "search/time_control.h"
 #include "search/transposition.h"
 
@@ -38,7 +38,7 @@ constexpr int UCI_START_HASH_MB = 2;  // until the interface says what it wants
 ProtocolState& state = protocol_state;
 
 bool pondering() {
-    return state.searching && state.ponder_state == PONDERING;
+    return state.searching && search_control.ponder_state == Pondering::YES;
 }
 
 // Prints `text` on a line of its own behind `prefix`; the line end it was received with serves.
@@ -47,19 +47,14 @@ void echo(const char* prefix, std::string_view text) {
     std::printf("%s%.*s\n", prefix, static_cast<int>(bare.size()), bare.data());
 }
 
-void assign_engine(Side side) {
-    state.engine_white = side == WHITE;
-    state.engine_black = side == BLACK;
-}
-
 void leave_running_game() {
     state.clock_running = false;
-    state.ponder_state = NOT_PONDERING;
+    search_control.ponder_state = Pondering::NO;
 }
 
 void stop_pondering() {
     if (pondering())
-        state.abort_search = true;
+        search_control.abort_search = true;
 }
 
 void switch_to_uci(std::string_view) {
@@ -67,7 +62,7 @@ void switch_to_uci(std::string_view) {
     state.uci_mode = true;
     state.own_book = settings.own_book_default != 0;
     settings.hash_mb = UCI_START_HASH_MB;
-    tt_allocate();
+    apply_hash_size();
     settings.resign_enabled = 0;
     enter_uci();
 }
@@ -137,25 +132,25 @@ void force(std::string_view) {
 }
 
 void analyze(std::string_view) {
-    state.analyze_mode = true;
+    search_control.analyze_mode = true;
     state.own_book = false;
     leave_running_game();
 }
 
 // Clients expect an engine that waits then, and say "go" when it shall play again.
 void leave_analysis(std::string_view) {
-    if (!state.analyze_mode)
+    if (!search_control.analyze_mode)
         return;
     if (state.searching) {
         stop_search_for("exit\n");
         return;
     }
-    state.analyze_mode = false;
+    search_control.analyze_mode = false;
     state.force_mode = true;
 }
 
 void analysis_status(std::string_view) {
-    if (state.analyze_mode)
+    if (search_control.analyze_mode)
         print_stat01();
 }
 
@@ -200,7 +195,7 @@ void go(std::string_view) {
 void keep_time(std::optional<i32>& time_ms, std::string_view centiseconds) {
     if (const auto ms = read_centiseconds(centiseconds))
         time_ms = ms;
-    if (!state.force_mode && !state.analyze_mode)
+    if (!state.force_mode && !search_control.analyze_mode)
         give_out_times();
 }
 
@@ -219,7 +214,7 @@ void take_back(int moves) {
         return;
     for (; moves > 0 && position.game_ply > 0; --moves)
         take_back_game_move();
-    if (state.game_over && game_state() == RESULT_NONE)
+    if (state.game_over && game_state() == GameResult::NONE)
         state.game_over = false;
 }
 
@@ -229,7 +224,7 @@ void undo(std::string_view) {
 
 void remove(std::string_view) {
     take_back(2);
-    state.ponder_state = NOT_PONDERING;
+    search_control.ponder_state = Pondering::NO;
 }
 
 // Stores the move of the current position that `text` names in user_move.
@@ -245,13 +240,13 @@ void answer_prediction() {
     const Move &expected = state.ponder_move, &played = state.user_move;
     if (same_squares(expected, played) && expected.promotion == played.promotion) {
         std::printf("Correct move predicted!\n");
-        state.ponder_state = PONDER_HIT;  // from now on it is the search for our move
+        search_control.ponder_state = Pondering::HIT;  // from now on it is the search for our move
         update_root_clock(root_side(), 0);
         state.last_clock_stamp = clock_ms();
     } else {
         std::printf("Failed to predict move.\n");
-        state.abort_search = true;
-        state.ponder_state = NOT_PONDERING;
+        search_control.abort_search = true;
+        search_control.ponder_state = Pondering::NO;
     }
 }
 
@@ -259,7 +254,7 @@ void answer_prediction() {
 // be acted upon; the game loop plays them when the search has unwound. A move sent while the engine thinks
 // waits until it is the opponent's turn.
 void usermove(std::string_view text) {
-    if (state.searching && !pondering() && !state.analyze_mode) {
+    if (state.searching && !pondering() && !search_control.analyze_mode) {
         run_after_search("usermove " + std::string(text));
         return;
     }
@@ -269,7 +264,7 @@ void usermove(std::string_view text) {
         answer_prediction();
     } else if (state.searching) {
         update_root_clock(root_side(), 0);
-        state.abort_search = true;
+        search_control.abort_search = true;
     } else {
         play_game_move(state.user_move);
         echo("made move ", text);
@@ -289,7 +284,7 @@ void computer(std::string_view) {
 }
 
 void set_board(std::string_view fen) {
-    parse_fen(std::string(fen).c_str());
+    set_up_or_report(std::string(fen).c_str());
     state.force_mode = true;
     assign_engine(position.side_to_move);
     state.game_over = false;
@@ -351,17 +346,6 @@ constexpr Command COMMANDS[] = {
 };
 // clang-format on
 
-// On a chess server the last seconds belong to the line.
-void keep_safety_margin(UndoRecord& first) {
-    constexpr i32 LONG_GAME_MS = 240000, SHORT_GAME_MARGIN = 5000;
-    constexpr std::array<i32, 2> LONG_GAME_MARGIN = {10000, 15000};
-    for (std::size_t side = 0; side < 2; ++side) {
-        const bool long_game = time_control.base_ms >= LONG_GAME_MS;
-        first.clock[side].time_left_ms =
-            time_control.base_ms - (long_game ? LONG_GAME_MARGIN[side] : SHORT_GAME_MARGIN);
-    }
-}
-
 }  // namespace
 
 void dispatch_xboard_command(std::string_view line) {
@@ -372,37 +356,11 @@ void dispatch_xboard_command(std::string_view line) {
 void dispatch_xboard_during_search(std::string_view line) {
     const Command* command = find_command(COMMANDS, line);
     if (line.starts_with('?'))
-        state.abort_search = true;
+        search_control.abort_search = true;
     else if (command && command->during_search == AFTER_SEARCH)
         stop_search_for(std::string(line));
     else if (command)
         command->run_with(line);
-}
-
-void new_game() {
-    time_control.depth_limit = 0;
-    parse_fen(START_FEN);
-    state.force_mode = false;
-    state.analyze_mode = false;
-    state.own_book = true;
-    assign_engine(BLACK);
-    state.post_thinking = true;
-    state.ics_computer_opponent = false;
-    state.clock_running = true;
-    state.random_mode = false;
-    state.abort_search = false;
-    state.ponder_state = NOT_PONDERING;
-    state.ponder_move = {};
-    forget_times();
-    search_state.last_score = 0;
-    search_state.iteration = 0;
-    reset_search();
-    clear_last_pv_text();
-
-    UndoRecord& first = position.current();
-    first.clock = {time_control.fresh_clock(), time_control.fresh_clock()};
-    if (state.ics_mode)
-        keep_safety_margin(first);
 }
 
 }  // namespace quelmar

@@ -13,7 +13,4 @@ void dispatch_xboard_command(std::string_view line);
 // rest acts at once. "?" stops the search.
 void dispatch_xboard_during_search(std::string_view line);
 
-// The effect of "new": the start position, the engine plays Black, clocks as the time control says.
-void new_game();
-
 }  // namespace quelmar

@@ -1,11 +1,11 @@
 #include "search/extensions.h"
 
-#include "eval/attack_map.h"
+#include "board/game_result.h"
+#include "board/square_tables.h"
 #include "eval/exchange.h"
-#include "eval/ply_outputs.h"
-#include "eval/square_tables.h"
-#include "protocol/settings.h"
+#include "eval/outputs.h"
 #include "search/path.h"
+#include "search/search_settings.h"
 #include "search/search_state.h"
 
 #include <algorithm>
@@ -48,8 +48,7 @@ bool has_pawn_partner(Square square, int rank_step, Side side) {
 Depth pawn_ending_extension(const Move& move, Score best) {
     const UndoRecord& here = position.current();
     const int value = value_of(move.captured);
-    if (value < MINOR_VALUE || best >= PAWN_ENDING_BEST ||
-        total_material(here) - value != PAWN_VALUE * (here.pawns_us + here.pawns_them))
+    if (value < MINOR_VALUE || best >= PAWN_ENDING_BEST || piece_material(here) != value)
         return 0;
     return value == QUEEN_VALUE ? 150 : value == ROOK_VALUE ? 120 : 90;
 }
@@ -91,8 +90,8 @@ Depth recapture_extension(const Move& move) {
 }
 
 bool promotes_safely_next(const MoveContext& context, const Move& move, Side side) {
-    const Square ahead = move.to + (side == WHITE ? 16 : -16);
-    const auto file = static_cast<std::size_t>(file_of(move.to));
+    const Square ahead = move.to + forward_of(side);
+    const int file = file_of(move.to);
     return position.at(ahead) == EMPTY && exchange_loss(move.piece, context.promotion_attacks[WHITE][file],
                                                         context.promotion_attacks[BLACK][file]) == 0;
 }
@@ -100,8 +99,7 @@ bool promotes_safely_next(const MoveContext& context, const Move& move, Side sid
 Depth seventh_rank_extension(const MoveContext& context, const Move& move, Side side) {
     if (!is_endgame_material())
         return THREE_QUARTERS;
-    const int behind = side == WHITE ? -16 : 16;
-    return promotes_safely_next(context, move, side) || has_pawn_partner(move.to, behind, side)
+    return promotes_safely_next(context, move, side) || has_pawn_partner(move.to, -forward_of(side), side)
                ? ONE_PLY
                : THREE_QUARTERS;
 }
@@ -109,7 +107,7 @@ Depth seventh_rank_extension(const MoveContext& context, const Move& move, Side 
 Depth sixth_rank_extension(const Move& move, Side side) {
     if (!is_endgame_material())
         return HALF_PLY;
-    const int ahead = side == WHITE ? 16 : -16;
+    const int ahead = forward_of(side);
     if (has_pawn_partner(move.to, ahead, side))
         return ONE_PLY;
     if (is_man_of(position.at(move.to + ahead), other_side(side)))
@@ -154,8 +152,8 @@ void keep_attack_facts(MoveContext& context) {
     const Side us = position.side_to_move;
     const Square target = move_before().to;
     context.recapture_attackers = target != 0 ? attack_byte(us, target) & ATTACK_COUNT : 0;
-    const auto start = static_cast<std::size_t>(last_rank_start(us));
-    for (std::size_t colour = 0; colour < 2; ++colour)
+    const int start = last_rank_start(us);
+    for (int colour = 0; colour < 2; ++colour)
         std::memcpy(context.promotion_attacks[colour].data(), attack_map[colour].data() + start, 8);
 }
 
@@ -180,7 +178,7 @@ Depth move_extension(const MoveContext& context, const Move& move, Score best) {
 
 int late_move_reduction(const Move& move) {
     const int ply = position.search_ply - 1;  // of the node that made the move
-    if (move.captured != EMPTY || search_state.nodes < REDUCTION_NODES || settings.selectivity <= 0 ||
+    if (move.captured != EMPTY || search_state.nodes < REDUCTION_NODES || search_settings.selectivity <= 0 ||
         search_state.at(ply).extension != 0 || search_state.at(ply - 1).extension != 0)
         return 0;
     const u64 history = search_state.history_of(move);
@@ -191,20 +189,20 @@ int late_move_reduction(const Move& move) {
         }
         return 2;
     }
-    const int shift = SELECTIVITY_SHIFT - std::min(settings.selectivity, SELECTIVITY_SHIFT);
+    const int shift = SELECTIVITY_SHIFT - std::min(search_settings.selectivity, SELECTIVITY_SHIFT);
     return history < search_state.nodes >> shift ? 1 : 0;
 }
 
 int null_move_reduction() {
     const UndoRecord& here = position.current();
     if (total_material(here) > ENDGAME_MATERIAL)
-        return std::clamp(settings.null_reduction, 0, MAX_NULL_REDUCTION);
+        return std::clamp(search_settings.null_reduction, 0, MAX_NULL_REDUCTION);
     // Zugzwang is at home where only pawns are left.
     if (here.material_us == 0 || here.material_them == 0 || here.material_us < NULL_MOVE_MATERIAL ||
         (here.material_us == PAWN_VALUE * here.pawns_us &&
          here.material_them == PAWN_VALUE * here.pawns_them))
         return 0;
-    return std::clamp(settings.null_reduction_endgame, 0, MAX_NULL_REDUCTION);
+    return std::clamp(search_settings.null_reduction_endgame, 0, MAX_NULL_REDUCTION);
 }
 
 bool pruning_allowed() {
@@ -238,9 +236,8 @@ bool is_search_repetition() {
 }
 
 bool is_search_draw() {
-    constexpr int FIFTY_MOVES = 99;  // plies that may pass without a draw
     const UndoRecord& here = position.current();
-    if (is_search_repetition() || here.halfmove_clock > FIFTY_MOVES)
+    if (is_search_repetition() || here.halfmove_clock >= FIFTY_MOVES)
         return true;
     if (here.material_us == 0 && here.material_them == 0)
         return true;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "board/position.h"
+#include "board/square_tables.h"
 #include "board/types.h"
 #include "search/score.h"
 
@@ -16,8 +17,8 @@ struct MoveContext {
     int evasions = 0;          // legal moves of a side in check
     bool mate_threat = false;  // passing would be answered by a mate
     // From the attack maps of the node's own evaluation, which its descendants overwrite.
-    int recapture_attackers = 0;                           // of ours on the square of the move before
-    std::array<std::array<u8, 8>, 2> promotion_attacks{};  // [colour][file] on our last rank
+    int recapture_attackers = 0;                 // of ours on the square of the move before
+    Table<Table<u8, 8>, 2> promotion_attacks{};  // [colour][file] on our last rank
 };
 
 // Copies from the attack maps what the rules need later. evaluate() must just have seen the position.
@@ -49,7 +50,7 @@ bool is_search_draw();
 
 // Material of both sides without pawns and kings.
 inline int piece_material(const UndoRecord& here) {
-    return here.material_us + here.material_them - 128 * (here.pawns_us + here.pawns_them);
+    return here.material_us + here.material_them - PAWN_VALUE * (here.pawns_us + here.pawns_them);
 }
 
 }  // namespace quelmar

@@ -5,19 +5,17 @@
 #include "board/generate.h"
 #include "board/move_list.h"
 #include "board/position.h"
-#include "protocol/input.h"
-#include "protocol/protocol_state.h"
-#include "protocol/settings.h"
 #include "search/principal_variation.h"
 #include "search/search.h"
+#include "search/search_control.h"
 #include "search/search_limits.h"
+#include "search/search_reports.h"
+#include "search/search_settings.h"
 #include "search/search_state.h"
-#include "search/thinking.h"
 #include "search/time_control.h"
 #include "search/transposition.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace quelmar {
 
@@ -30,7 +28,7 @@ bool is_time_limited() {
 }
 
 Score score_before() {
-    return search_state.iteration_score[static_cast<std::size_t>(search_state.iteration - 1)];
+    return search_state.iteration_score[search_state.iteration - 1];
 }
 
 // Without a score to go by, no quiet move is pruned on it.
@@ -69,7 +67,7 @@ void note_sharp_change(Score score) {
 struct Stepper {
     int fail_highs = 0;
     int fail_lows = 0;
-    int max_step = 128 / settings.grain();
+    int max_step = 128 / search_settings.grain();
 
     int step(int failures) const { return std::min(failures * failures, max_step); }
 
@@ -97,16 +95,10 @@ bool settles_for_bounds(const Stepper& stepper) {
     const i64 target = search_state.target_time;
     if (elapsed <= 2 * target)
         return false;
-    const int grain = settings.grain();
+    const int grain = search_settings.grain();
     return search_state.root_upper - search_state.root_lower <= 32 / grain ||
            search_state.root_lower >= 64 / grain || stepper.fail_highs >= ENOUGH_FAIL_HIGHS ||
            elapsed > 4 * target;
-}
-
-void announce_iteration() {
-    if (search_state.iteration > 1 && protocol_state.uci_mode)
-        std::printf("info depth %d seldepth %d\n", search_state.iteration,
-                    std::max(search_state.sel_depth, search_state.iteration));
 }
 
 bool has_only_move() {
@@ -114,17 +106,22 @@ bool has_only_move() {
            search_limits.moves.empty();
 }
 
+void report_line(Score score, LineKind kind) {
+    read_principal_variation();
+    search_reports.line(score, elapsed_since(search_state.start_time), kind);
+}
+
 void record_iteration(Score score) {
     search_state.last_score = score;
-    search_state.iteration_score[static_cast<std::size_t>(search_state.iteration)] = score;
-    walk_pv_and_print(score, elapsed_since(search_state.start_time), LINE_EXACT);
+    search_state.iteration_score[search_state.iteration] = score;
+    report_line(score, LineKind::EXACT);
 }
 
 // Sleeps until the front end ends the search, or ends the mode in which it has no end.
 void wait_for_the_end() {
-    while (is_endless() && !protocol_state.abort_search) {
-        wait_for_input();
-        poll_input();
+    while (is_endless() && !search_control.abort_search) {
+        search_reports.wait_for_input();
+        search_reports.poll_input();
     }
 }
 
@@ -132,13 +129,13 @@ void wait_for_the_end() {
 bool is_mate_enough() {
     if (search_limits.mate > 0)
         return is_mate_in(search_state.last_score, search_limits.mate);
-    return !protocol_state.test_mode && std::abs(search_state.last_score) > FOUND_MATE_LIMIT &&
+    return !search_control.test_mode && std::abs(search_state.last_score) > FOUND_MATE_LIMIT &&
            std::abs(score_before()) > FOUND_MATE_LIMIT;
 }
 
 // Whether the iteration just completed was the last.
 bool is_finished() {
-    if (protocol_state.abort_search)
+    if (search_control.abort_search)
         return true;
     if (search_state.iteration > 1 && is_time_limited() &&
         elapsed_since(search_state.start_time) > search_state.target_time)
@@ -193,8 +190,7 @@ Score mtd_driver(Score guess, Depth depth) {
         note_sharp_change(score);
         const bool failed_high = score >= beta;
         if (search_state.iteration >= BOUND_LINES_FROM_ITERATION)
-            walk_pv_and_print(score, elapsed_since(search_state.start_time),
-                              failed_high ? LINE_LOWER_BOUND : LINE_UPPER_BOUND);
+            report_line(score, failed_high ? LineKind::LOWER_BOUND : LineKind::UPPER_BOUND);
         (failed_high ? search_state.root_lower : search_state.root_upper) = score;
         if (settles_for_bounds(stepper))
             return score;
@@ -208,7 +204,7 @@ void think() {
     start_search();
     Score score = 0;
     for (search_state.iteration = 1;; ++search_state.iteration) {
-        announce_iteration();
+        search_reports.iteration_begins();
         set_futility_bases();
         search_state.sharp_change = false;
         score = mtd_driver(score, ONE_PLY * search_state.iteration);

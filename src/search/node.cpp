@@ -13,26 +13,26 @@
 //
 // A stop is seen at the entry of a node. That node takes back every move of the path, and all callers return
 // at once without touching the board.
+#include "search/node.h"
+
+#include "board/attacks.h"
 #include "board/generate.h"
 #include "board/make_move.h"
 #include "board/move_list.h"
 #include "board/position.h"
-#include "eval/attack_map.h"
-#include "eval/attacks.h"
+#include "board/square_tables.h"
 #include "eval/evaluate.h"
-#include "eval/ply_outputs.h"
-#include "eval/square_tables.h"
-#include "eval/threats.h"
-#include "protocol/input.h"
-#include "protocol/protocol_state.h"
-#include "protocol/settings.h"
+#include "eval/exchange.h"
+#include "eval/outputs.h"
 #include "search/extensions.h"
 #include "search/ordering.h"
 #include "search/path.h"
 #include "search/search.h"
+#include "search/search_control.h"
 #include "search/search_limits.h"
+#include "search/search_reports.h"
+#include "search/search_settings.h"
 #include "search/search_state.h"
-#include "search/thinking.h"
 #include "search/time_control.h"
 #include "search/transposition.h"
 #include "tablebase/probe.h"
@@ -48,48 +48,6 @@ constexpr int REFUTATIONS_FROM_ITERATION = 6;
 
 constexpr int CHECK_DANGER = 65;  // a king that lost this much cover counts as having been checked
 
-// What lives as long as one call.
-struct Node {
-    Score beta;
-    Depth depth;
-    int ply;
-    PlyRecord& here;
-    const PlyRecord& before;
-    const UndoRecord& record;
-    Score result = 0;
-    Score eval = 0;
-    bool in_table = false;
-    bool bm_flag = false;  // the Botvinnik-Markoff condition held
-    TTEntry entry;         // a copy: the slot may be overwritten by the node's own subtree
-    MoveContext context;
-    Score fut_small = 0, fut_medium = 0, fut_large = 0;
-    Score best = -INFINITE_SCORE;
-    int searched = 0;  // legal moves, pruned ones included
-    Move best_move;
-
-    Node(Score bound, Depth plies_left)
-        : beta(bound), depth(plies_left), ply(position.search_ply), here(search_state.at(ply)),
-          before(search_state.at(ply - 1)), record(position.current()) {}
-
-    bool decide(Score score) {
-        result = score;
-        return true;
-    }
-    bool in_check() const { return context.in_check; }
-    Side us() const { return position.side_to_move; }
-    Side them() const { return other_side(position.side_to_move); }
-    PackedMove table_move() const { return in_table ? entry.move : 0; }
-    PlyOutputs& outputs() const { return outputs_at(ply); }
-};
-
-int danger_of(const Node& node, Side side) {
-    return node.outputs().ply_king_danger[static_cast<std::size_t>(side)];
-}
-
-Score worst_own_danger(const Node& node) {
-    return node.record.threat_value_us[0] << search_state.threat_shift;
-}
-
 // Clears what the last node at this ply left. The checks along the path are counted for the side that gave
 // them; a king whose cover has collapsed, as the last evaluation at this ply saw it, counts as checked.
 void open_ply() {
@@ -100,7 +58,7 @@ void open_ply() {
     here.reduced = here.mate_threat = here.bm_extended = false;
     here.check_count = search_state.at(ply - 1).check_count;  // zero before the root
     if (ply > 0 && (move_before().gives_check != 0 || king_cover_lost(position.side_to_move, CHECK_DANGER)))
-        ++here.check_count[static_cast<std::size_t>(other_side(position.side_to_move))];
+        ++here.check_count[other_side(position.side_to_move)];
 }
 
 void count_node(const Node& node) {
@@ -119,10 +77,10 @@ void poll_when_due() {
     if (search_state.nodes_since_poll <= search_limits.unasked_nodes)
         return;
     if (is_node_limit_reached())
-        protocol_state.abort_search = true;
+        search_control.abort_search = true;
     if (search_state.nodes_since_poll <= NODES_BETWEEN_POLLS)
         return;
-    poll_input();
+    search_reports.poll_input();
     time_check();
     search_state.nodes_since_poll = 0;
 }
@@ -151,7 +109,7 @@ Score enter_quiescence(Score beta, Depth depth) {
     const Score score = qsearch(beta, depth, position.search_ply + PLIES_WITH_CHECKS);
     if (search_state.qsearch_nodes <= SWOLLEN_QSEARCH)
         return score;
-    poll_input();  // nodes as slow as this one must not wait for the count
+    search_reports.poll_input();  // nodes as slow as this one must not wait for the count
     stop_when_time_is_up();
     return stopped_at_root() ? 0 : score;
 }
@@ -165,7 +123,7 @@ bool drawn_by_rule(Node& node) {
     return node.ply > 0 && is_search_draw() && node.decide(0);
 }
 
-void look_up(Node& node) {
+void probe_table(Node& node) {
     const TTEntry* entry = tt_probe(node.record.key);
     node.in_table = entry != nullptr;
     if (node.in_table)
@@ -173,7 +131,7 @@ void look_up(Node& node) {
 }
 
 bool table_cutoff(Node& node) {
-    look_up(node);
+    probe_table(node);
     if (!node.in_table)
         return false;
     const TTEntry& entry = node.entry;
@@ -191,20 +149,10 @@ bool table_cutoff(Node& node) {
     return false;
 }
 
-void judge_statically(Node& node) {
+void evaluate_node(Node& node) {
     node.eval = evaluate() >> search_state.grain_shift;
     find_threats();
     keep_attack_facts(node.context);
-}
-
-// How much less deep a position is searched that is `ahead` for one side while the other has only `material`.
-Depth lopsided_reduction(Score ahead, int material) {
-    const int shift = search_state.grain_shift;
-    if (ahead > 1280 >> shift)
-        return material <= PAWN_VALUE ? 45 : material <= ROOK_VALUE ? 30 : 0;
-    if (ahead > 640 >> shift)
-        return 20;
-    return ahead > 384 >> shift ? 15 : 0;
 }
 
 // A position far from beta in which the side that is behind has little left, no passed pawn that runs, and
@@ -212,9 +160,7 @@ Depth lopsided_reduction(Score ahead, int material) {
 void shrink_lopsided_depth(Node& node) {
     constexpr int RUNNING_PASSER = 63;
     const Score margin = 2 * (PAWN_VALUE >> search_state.grain_shift);
-    const auto passed = [&node](Side side) {
-        return node.outputs().ply_passed_score[static_cast<std::size_t>(side)];
-    };
+    const auto passed = [&node](Side side) { return node.outputs().ply_passed_score[side]; };
     const UndoRecord& record = node.record;
     if (record.material_them <= QUEEN_VALUE && passed(node.them()) <= RUNNING_PASSER &&
         record.threat_value_us[0] == 0 && node.eval > node.beta + margin)
@@ -225,8 +171,7 @@ void shrink_lopsided_depth(Node& node) {
 }
 
 bool king_en_prise(Node& node) {
-    return attack_byte(node.us(), position.king_square(node.them())) != 0 &&
-           node.decide(MATE_SCORE + node.ply);
+    return is_enemy_king_en_prise() && node.decide(MATE_SCORE + node.ply);
 }
 
 // Reading a table is slow: only near the root and where the material has just changed.
@@ -244,7 +189,7 @@ bool tablebase_cutoff(Node& node) {
 }
 
 // The generators flag checks, except those by a man that has just promoted.
-void note_check(Node& node) {
+void detect_check(Node& node) {
     const bool unknown = position.game_ply == 0 || move_before().promotion != EMPTY;
     node.context.in_check = unknown ? in_check(node.us()) : move_before().gives_check != 0;
     node.here.ply_in_check = node.in_check();
@@ -252,10 +197,6 @@ void note_check(Node& node) {
 
 bool at_ply_limit(Node& node) {
     return node.ply >= MAX_PLY - 1 && node.decide(node.eval);
-}
-
-Depth static_null_depth() {
-    return search_state.iteration < 3 ? 0 : search_state.iteration < 6 ? ONE_PLY : 2 * ONE_PLY;
 }
 
 // A quiet position this far above beta is not worth a search near the horizon, unless something of ours
@@ -332,7 +273,7 @@ bool null_move(Node& node) {
     unmake_null_move();
     if (value >= node.beta)
         return node.decide(value);
-    if (settings.bm_exts != 0)
+    if (search_settings.bm_exts != 0)
         note_threat(node, passed.move, value);
     if (value <= MATED_AT_ONCE + node.ply)
         node.context.mate_threat = node.here.mate_threat = true;
@@ -343,13 +284,13 @@ bool null_move(Node& node) {
 bool deepen_internally(Node& node) {
     constexpr Depth MIN_DEPTH = 360, DEPTH_STEP = 120;
     constexpr Score SHORT_OF_BETA = 100;
-    if (settings.iid == 0 || node.in_table || node.depth < MIN_DEPTH ||
+    if (search_settings.iid == 0 || node.in_table || node.depth < MIN_DEPTH ||
         node.eval <= node.beta - (SHORT_OF_BETA >> search_state.grain_shift))
         return false;
     search(node.beta, node.depth - DEPTH_STEP, false);
     if (stop_wanted())
         return node.decide(0);
-    look_up(node);
+    probe_table(node);
     return false;
 }
 
@@ -406,8 +347,8 @@ void announce_root_move(const Node& node, const Move& move) {
         return;
     ++search_state.root_moves_searched;
     search_state.current_root_move = move;
-    if (protocol_state.uci_mode && elapsed_since(search_state.start_time) > ROOT_NEWS_AFTER_MS)
-        print_current_move();
+    if (elapsed_since(search_state.start_time) > ROOT_NEWS_AFTER_MS)
+        search_reports.root_move_begins();
 }
 
 Depth extend(Node& node, const Move& move) {
@@ -474,11 +415,10 @@ bool record_result(Node& node, const Move& move, Score value) {
     return true;
 }
 
-void refute_root_move(const Node& node, const Move& move) {
-    if (node.ply == 0 && protocol_state.uci_mode && settings.show_refutations != 0 &&
-        search_state.iteration >= REFUTATIONS_FROM_ITERATION &&
+void report_refutation(const Node& node, const Move& move) {
+    if (node.ply == 0 && search_state.iteration >= REFUTATIONS_FROM_ITERATION &&
         elapsed_since(search_state.start_time) > ROOT_NEWS_AFTER_MS)
-        print_refutation(move);
+        search_reports.root_move_refuted(move);
 }
 
 // True only when the search was stopped.
@@ -496,7 +436,7 @@ bool search_moves(Node& node) {
         unmake_move(move);
         if (record_result(node, *move, value))
             break;
-        refute_root_move(node, *move);
+        report_refutation(node, *move);
     }
     return false;
 }
@@ -529,11 +469,11 @@ Score search(Score beta, Depth depth, bool null_allowed) {
     poll_when_due();
     if (stop_requested(node) || kings_touch(node) || drawn_by_rule(node) || table_cutoff(node))
         return node.result;
-    judge_statically(node);
+    evaluate_node(node);
     shrink_lopsided_depth(node);
     if (king_en_prise(node) || tablebase_cutoff(node))
         return node.result;
-    note_check(node);
+    detect_check(node);
     set_futility_thresholds(node);
     if (at_ply_limit(node) || static_null_move(node) || (null_allowed && null_move(node)) ||
         deepen_internally(node) || without_moves(node) || child_table_cutoff(node))

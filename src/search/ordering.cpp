@@ -17,17 +17,16 @@ constexpr i32 HANDED_OUT = std::numeric_limits<i32>::min();
 // A move's score is its worth times this plus the cheapness of the man that moves, which decides between
 // equals.
 constexpr i32 WORTH_UNIT = 8;
-constexpr std::array<i32, 14> cheapness = {0, 5, 4, 4, 3, 2, 1, 5, 4, 4, 3, 2, 1, 0};
+constexpr Table<i32, 14> cheapness = {0, 5, 4, 4, 3, 2, 1, 5, 4, 4, 3, 2, 1, 0};
 
 constexpr i32 THREATENED_STEP = 100;  // between the worst and the second worst hanging man
 constexpr int HISTORY_DEPTH_SHIFT = 5;
 
 // By the victim's code; a king last of all, since a move that can take it ends the node.
-constexpr std::array<i32, 14> capture_order = {0,   115, 116, 117, 118, 119, 126,
-                                               115, 116, 117, 118, 119, 126, 0};
+constexpr Table<i32, 14> capture_order = {0, 115, 116, 117, 118, 119, 126, 115, 116, 117, 118, 119, 126, 0};
 
 i32 capture_worth(const UndoRecord& here, const Move& move) {
-    for (std::size_t i = 0; i < here.threat_square_them.size(); ++i) {
+    for (int i = 0; i < here.threat_square_them.size(); ++i) {
         if (here.threat_value_them[i] != 0 && here.threat_square_them[i] == move.to)
             return ORDER_WINS_THREATENED - THREATENED_STEP * static_cast<i32>(i) - move.piece;
     }
@@ -56,14 +55,14 @@ i32 worth_of(const UndoRecord& here, const Move& move) {
     return move.promotion != EMPTY ? promotion_worth(move) : quiet_worth(move);
 }
 
-void rate(Move& move, i32 worth) {
+void score_move(Move& move, i32 worth) {
     move.score = worth * WORTH_UNIT + cheapness[move.piece];
 }
 
 void lift_first(Square from, Square to, i32 worth) {
     for (Move& move : move_list.current()) {
         if (move.from == from && move.to == to) {
-            rate(move, worth);
+            score_move(move, worth);
             return;
         }
     }
@@ -74,7 +73,7 @@ void lift_first(Square from, Square to, i32 worth) {
 void order_moves(PackedMove table_move) {
     const UndoRecord& here = position.current();
     for (Move& move : move_list.current())
-        rate(move, worth_of(here, move));
+        score_move(move, worth_of(here, move));
     // The later the stronger: each may override the one before.
     const int ply = position.search_ply;
     if (table_move != 0)

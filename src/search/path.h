@@ -4,7 +4,7 @@
 #pragma once
 
 #include "board/position.h"
-#include "eval/ply_outputs.h"
+#include "eval/outputs.h"
 
 namespace quelmar {
 
@@ -26,13 +26,20 @@ inline const Move& own_move_before() {
     return move.from != 0 ? move : NO_MOVE;
 }
 
+// Whether the side to move can take the king, so that the move before was illegal. evaluate() must have seen
+// the position.
+inline bool is_enemy_king_en_prise() {
+    const Side us = position.side_to_move;
+    return attack_byte(us, position.king_square(other_side(us))) != 0;
+}
+
 // Whether the king of `side` stands `by` or more units worse than at the previous ply. Danger is 0 or
 // negative.
 inline bool king_cover_lost(Side side, int by) {
     const int ply = position.search_ply;
     if (ply == 0)
         return false;
-    const auto colour = static_cast<std::size_t>(side);
+    const int colour = side;
     return outputs_at(ply - 1).ply_king_danger[colour] - outputs_at(ply).ply_king_danger[colour] >= by;
 }
 

@@ -7,9 +7,9 @@
 #include "board/generate.h"
 #include "board/make_move.h"
 #include "board/move_list.h"
+#include "search/search_control.h"
 #include "search/search_limits.h"
 #include "search/search_state.h"
-#include "search/thinking.h"
 #include "search/transposition.h"
 
 #include <algorithm>
@@ -20,7 +20,7 @@ namespace {
 
 constexpr PackedMove WITHOUT_CHECK_FLAG = 0x7FFFFFFF;
 
-Move find_legal(PackedMove packed) {
+Move legal_move_of(PackedMove packed) {
     generate_legal_moves();
     const auto moves = move_list.current();
     const auto found = std::find_if(moves.begin(), moves.end(), [packed](const Move& move) {
@@ -42,22 +42,21 @@ bool repeats_since_root() {
 
 int walk_table(std::span<Move> line) {
     const PieceOrderGuard guard;
-    const int room = static_cast<int>(line.size());
-    int length = 0;
-    while (length < room) {
+    std::size_t length = 0;
+    while (length < line.size()) {
         const TTEntry* entry = tt_probe(position.current().key);
-        const Move move = entry != nullptr && entry->move != 0 ? find_legal(entry->move) : Move{};
+        const Move move = entry != nullptr && entry->move != 0 ? legal_move_of(entry->move) : Move{};
         if (move.from == 0)
             break;
-        line[static_cast<std::size_t>(length)] = move;
-        make_move(&line[static_cast<std::size_t>(length)]);
+        line[length] = move;
+        make_move(&line[length]);
         ++length;
         if (repeats_since_root())
             break;
     }
-    for (int i = length; i > 0; --i)
-        unmake_move(&line[static_cast<std::size_t>(i - 1)]);
-    return length;
+    for (std::size_t i = length; i > 0; --i)
+        unmake_move(&line[i - 1]);
+    return static_cast<int>(length);
 }
 
 Move first_playable_move() {
@@ -70,11 +69,10 @@ Move first_playable_move() {
     return Move{};
 }
 
-void walk_pv_and_print(Score score, i32 elapsed_ms, int kind) {
+void read_principal_variation() {
     search_state.pv_length = walk_table(search_state.pv);
     if (search_state.pv_length == 0)
         search_state.pv[0] = Move{};
-    print_thinking_line(search_state.iteration, score, elapsed_ms, search_state.nodes, kind);
 }
 
 }  // namespace quelmar

@@ -6,23 +6,22 @@
 // nodes of this quiescence search, and by the pieces left to attack with. Captures have no limit; what keeps
 // them few is that a side may always stand pat, that the generator leaves losing captures out, and that those
 // which cannot come near the best score are skipped.
+#include "board/check_maps.h"
 #include "board/generate.h"
 #include "board/make_move.h"
 #include "board/move_list.h"
 #include "board/position.h"
-#include "eval/attack_map.h"
+#include "board/square_tables.h"
 #include "eval/evaluate.h"
 #include "eval/exchange.h"
-#include "eval/ply_outputs.h"
-#include "eval/square_tables.h"
-#include "eval/threats.h"
-#include "protocol/protocol_state.h"
-#include "protocol/settings.h"
-#include "search/check_kind.h"
+#include "eval/outputs.h"
+#include "search/captures.h"
 #include "search/extensions.h"
 #include "search/ordering.h"
 #include "search/path.h"
 #include "search/search.h"
+#include "search/search_control.h"
+#include "search/search_settings.h"
 #include "search/search_state.h"
 #include "search/transposition.h"
 
@@ -33,9 +32,9 @@ namespace quelmar {
 namespace {
 
 // Deepest ply at which checks may still be searched, by iteration.
-constexpr std::array<int, MAX_ITERATION + 1> qcheck_plies = [] {
-    std::array<int, MAX_ITERATION + 1> plies{0, 16, 18, 22, 24, 26, 28, 30, 32, 36, 40, 44, 48, 52};
-    for (std::size_t iteration = 14; iteration < plies.size(); ++iteration)
+constexpr Table<int, MAX_ITERATION + 1> qcheck_plies = [] {
+    Table<int, MAX_ITERATION + 1> plies{0, 16, 18, 22, 24, 26, 28, 30, 32, 36, 40, 44, 48, 52};
+    for (int iteration = 14; iteration < plies.size(); ++iteration)
         plies[iteration] = 56;
     return plies;
 }();
@@ -78,7 +77,7 @@ bool without_checks(const QNode& node, int limit) {
     constexpr int CHECKS_ON_THE_WAY = 2, SAFE_KING = -40;
     if (limit < node.ply)
         return true;
-    const auto us = static_cast<std::size_t>(position.side_to_move);
+    const int us = position.side_to_move;
     return search_state.at(node.ply).check_count[us] < CHECKS_ON_THE_WAY && move_before().from != 0 &&
            outputs_at(node.ply).ply_king_danger[us ^ 1] > SAFE_KING;
 }
@@ -103,7 +102,7 @@ bool table_cutoff(QNode& node) {
     return false;
 }
 
-void judge_statically(QNode& node) {
+void evaluate_node(QNode& node) {
     const Side us = position.side_to_move;
     node.eval = evaluate() >> search_state.grain_shift;
     node.in_check = attack_byte(other_side(us), position.king_square(us)) != 0;
@@ -113,14 +112,12 @@ void judge_statically(QNode& node) {
 // The move before was illegal. Nothing may answer before this is known, neither a draw nor a stand pat: the
 // parent would count that move as legal, miss stalemates and believe in mates that are none.
 bool king_en_prise(QNode& node) {
-    const Side us = position.side_to_move;
-    return attack_byte(us, position.king_square(other_side(us))) != 0 &&
-           node.decide(MATE_SCORE + 1 - node.ply);
+    return is_enemy_king_en_prise() && node.decide(MATE_SCORE + 1 - node.ply);
 }
 
 // A stop in the first iteration, which has to complete, shortens what is left of it.
 bool is_swollen() {
-    return search_state.qsearch_nodes > SWOLLEN_QSEARCH || protocol_state.abort_search;
+    return search_state.qsearch_nodes > SWOLLEN_QSEARCH || search_control.abort_search;
 }
 
 // Also with what hangs on both sides the position is above beta by a clear margin.
@@ -140,11 +137,10 @@ bool stand_pat(QNode& node) {
 void decide_on_checks(QNode& node) {
     constexpr int ATTACKING_MATERIAL = 2496;
     constexpr u64 NODE_BUDGET = 500;
-    const int limit =
-        std::min(qcheck_plies[static_cast<std::size_t>(search_state.iteration)], node.check_limit);
-    node.checks_allowed = !without_checks(node, limit) && !node.in_check && settings.qsearch_checks != 0 &&
-                          piece_material(node.record) >= ATTACKING_MATERIAL &&
-                          search_state.qsearch_nodes <= NODE_BUDGET;
+    const int limit = std::min(qcheck_plies[search_state.iteration], node.check_limit);
+    node.checks_allowed =
+        !without_checks(node, limit) && !node.in_check && search_settings.qsearch_checks != 0 &&
+        piece_material(node.record) >= ATTACKING_MATERIAL && search_state.qsearch_nodes <= NODE_BUDGET;
 }
 
 // Lists the moves. True when the side in check has none.
@@ -169,7 +165,7 @@ bool worth_searching(const QNode& node, const Move& move) {
     const PlyOutputs& outputs = outputs_at(node.ply);
     const Score reach = ((outputs.ply_eval - outputs.ply_material_placement + SLACK) >> 1) +
                         (material_placement_after_move(move) >> 1);
-    return node.best <= reach || (node.checks_allowed && check_kind(move) != NO_CHECK);
+    return node.best <= reach || (node.checks_allowed && check_kind(move) != CheckKind::NONE);
 }
 
 // True when the move reached beta.
@@ -226,7 +222,7 @@ Score qsearch(Score beta, Depth depth, int check_limit) {
     open_ply(node);
     if (mate_distance(node) || table_cutoff(node))
         return node.result;
-    judge_statically(node);
+    evaluate_node(node);
     if (king_en_prise(node))
         return node.result;
     if (is_search_draw())

@@ -1,5 +1,5 @@
-// Units of the search. A score is the evaluation divided by the grain (settings.grain_size); a depth is
-// counted in 60ths of a ply.
+// Units of the search. A score is the evaluation divided by the grain (search_settings.grain_size); a depth
+// is counted in 60ths of a ply.
 #pragma once
 
 #include "board/types.h"

@@ -11,7 +11,7 @@ namespace quelmar {
 void think();
 
 // Null-window search of the node at search_ply: returns a lower bound >= beta or an upper bound < beta. After
-// a stop (protocol_state.abort_search) it returns 0 with the board back at the root.
+// a stop (search_control.abort_search) it returns 0 with the board back at the root.
 Score search(Score beta, Depth depth, bool null_allowed);
 
 // The same below the horizon. `depth` is only the depth stored in the table; no checks are searched beyond

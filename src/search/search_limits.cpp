@@ -3,20 +3,13 @@
 #include "board/generate.h"
 #include "board/move_list.h"
 #include "board/position.h"
-#include "protocol/protocol_state.h"
+#include "search/search_control.h"
 #include "search/search_state.h"
 #include "search/transposition.h"
 
 #include <algorithm>
 
 namespace quelmar {
-
-SearchLimits search_limits;
-
-bool is_endless() {
-    return protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode ||
-           protocol_state.uci_infinite;
-}
 
 bool is_node_limit_reached() {
     return search_limits.nodes != 0 && search_state.nodes >= search_limits.nodes && !is_endless();
@@ -38,9 +31,8 @@ void apply_search_limits() {
 
 bool is_wanted_at_root(const Move& move) {
     const auto& wanted = search_limits.moves;
-    return wanted.empty() || std::any_of(wanted.begin(), wanted.end(), [&move](const Move& one) {
-               return same_squares(one, move) && one.promotion == move.promotion && one.flags == move.flags;
-           });
+    return wanted.empty() || std::any_of(wanted.begin(), wanted.end(),
+                                         [&move](const Move& one) { return same_move(one, move); });
 }
 
 void generate_root_moves() {

@@ -1,5 +1,4 @@
-// Limits of a search beside the clocks. The front end writes them before think() and takes them back after
-// it; with the values they have here nothing is limited, and the search takes the nodes it always took.
+// Limits of a search beside the clocks.
 #pragma once
 
 #include "board/types.h"
@@ -11,7 +10,9 @@ namespace quelmar {
 
 inline constexpr u64 NODES_BETWEEN_POLLS = 4999;  // full-width nodes
 
-// Searches without end (pondering, analysis, "infinite") pass by `nodes` and `mate`; the other limits hold.
+// The front end writes the limits before think() and takes them back after it; with the values they have here
+// nothing is limited, and the search takes the nodes it always took. Searches without end (pondering,
+// analysis, "infinite") pass by `nodes` and `mate`; the other limits hold.
 struct SearchLimits {
     int iterations = MAX_ITERATION;
     u64 nodes = 0;            // 0: as many as it takes
@@ -22,10 +23,9 @@ struct SearchLimits {
     u64 unasked_nodes = NODES_BETWEEN_POLLS;
 };
 
-extern SearchLimits search_limits;
+inline SearchLimits search_limits;
 
-bool is_endless();                        // only the front end can end the search
-bool is_node_limit_reached();             // and may end the search
+bool is_node_limit_reached();             // and ends the search, which is not endless
 bool is_mate_in(Score score, int moves);  // a mate in at most so many moves, for either side
 
 // After allocate_time(): cuts budget and iterations down to the limits.

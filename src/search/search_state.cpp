@@ -1,8 +1,9 @@
 #include "search/search_state.h"
 
 #include "board/position.h"
-#include "protocol/protocol_state.h"
-#include "protocol/settings.h"
+#include "search/search_control.h"
+#include "search/search_reports.h"
+#include "search/search_settings.h"
 #include "search/transposition.h"
 
 #include <bit>
@@ -18,7 +19,7 @@ void reset_search() {
     search_state.sel_depth = 1;
     search_state.history = {};
     position.search_ply = 0;
-    protocol_state.abort_search = false;
+    search_control.abort_search = false;
     ++tt_generation;
     tt_count_from_zero();
 }
@@ -29,7 +30,7 @@ static int shift_of_grain(int grain) {
 }
 
 void setup_search_constants() {
-    const int grain = settings.grain();
+    const int grain = search_settings.grain();
     search_state.m1 = 256 / grain;
     search_state.m2 = 640 / grain;
     search_state.m3 = 1408 / grain;
@@ -39,7 +40,7 @@ void setup_search_constants() {
 }
 
 bool stop_wanted() {
-    return protocol_state.abort_search && search_state.iteration > 1;
+    return search_control.abort_search && search_state.iteration > 1;
 }
 
 }  // namespace quelmar

@@ -12,15 +12,15 @@ inline constexpr int MAX_PV = 51;
 
 // What a node leaves for its descendants and for the nodes that follow at its ply.
 struct PlyRecord {
-    PackedMove threat_move = 0;        // refuted the null move here; 0 = none
-    Depth extension = 0;               // of the move being searched, 60ths of a ply
-    bool reduced = false;              // the move being searched is searched with a late-move reduction
-    bool mate_threat = false;          // the null move was answered by a mate
-    bool bm_extended = false;          // the Botvinnik-Markoff condition held
-    bool ply_in_check = false;         // the side to move is in check
-    std::array<int, 2> check_count{};  // by side, along the path
-    Move killer;                       // last quiet move that caused a cut-off here
-    Move mate_killer;                  // the move that gave mate in one here
+    PackedMove threat_move = 0;   // refuted the null move here; 0 = none
+    Depth extension = 0;          // of the move being searched, 60ths of a ply
+    bool reduced = false;         // the move being searched is searched with a late-move reduction
+    bool mate_threat = false;     // the null move was answered by a mate
+    bool bm_extended = false;     // the Botvinnik-Markoff condition held
+    bool ply_in_check = false;    // the side to move is in check
+    Table<int, 2> check_count{};  // by side, along the path
+    Move killer;                  // last quiet move that caused a cut-off here
+    Move mate_killer;             // the move that gave mate in one here
 };
 
 struct SearchState {
@@ -29,11 +29,11 @@ struct SearchState {
     u64 tb_hits = 0;
     u64 qsearch_nodes = 0;  // since the last entry from the full-width search
     int sel_depth = 1;
-    int iteration = 0;                                       // 1..60
-    int iteration_limit = MAX_ITERATION;                     // the last iteration of this search
-    std::array<Score, MAX_ITERATION + 1> iteration_score{};  // [0] stays 0
-    Score last_score = 0;                                    // of the last completed iteration
-    Score root_lower = 0, root_upper = 0;  // bounds of the current iteration, root side's view
+    int iteration = 0;                                  // 1..60
+    int iteration_limit = MAX_ITERATION;                // the last iteration of this search
+    Table<Score, MAX_ITERATION + 1> iteration_score{};  // [0] stays 0
+    Score last_score = 0;                               // of the last completed iteration
+    Score root_lower = 0, root_upper = 0;               // bounds of the current iteration, root side's view
     // Previous iteration's score minus and plus m1, m2, m3: bases of futility.
     Score prev_minus_small = 0, prev_minus_medium = 0, prev_minus_large = 0;
     Score prev_plus_small = 0, prev_plus_medium = 0, prev_plus_large = 0;
@@ -47,10 +47,10 @@ struct SearchState {
     int root_moves_searched = 0, root_legal_moves = 0;
     Move current_root_move;  // being searched
     Move root_best_move;     // last that failed high at the root of this search; empty when from = 0
-    std::array<Move, MAX_PV> pv;
-    int pv_length = 0;                                     // when it is 0, pv[0].from is 0
-    std::array<PlyRecord, PLY_GUARD + PLY_RECORDS> plies;  // reached through at()
-    std::array<std::array<u32, 64>, 64> history{};         // [from index][to index]
+    Table<Move, MAX_PV> pv;
+    int pv_length = 0;                                // when it is 0, pv[0].from is 0
+    Table<PlyRecord, PLY_GUARD + PLY_RECORDS> plies;  // reached through at()
+    Table<Table<u32, 64>, 64> history{};              // [from index][to index]
 
     // The record of a ply, -PLY_GUARD..MAX_PLY + 3. Those before the root stay empty.
     PlyRecord& at(int ply) { return *(plies.data() + PLY_GUARD + ply); }
@@ -67,7 +67,7 @@ extern SearchState search_state;
 // Killers and the scores of earlier iterations stay.
 void reset_search();
 
-// Derives margins and shifts from settings.grain().
+// Derives margins and shifts from search_settings.grain().
 void setup_search_constants();
 
 // Whether the running search has to unwind. The first iteration completes whatever is asked, so that every

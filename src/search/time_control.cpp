@@ -1,13 +1,12 @@
 #include "search/time_control.h"
 
 #include "board/position.h"
-#include "protocol/protocol_state.h"
+#include "platform/platform.h"
+#include "search/search_control.h"
+#include "search/search_reports.h"
 #include "search/search_state.h"
-#include "search/thinking.h"
 
 #include <algorithm>
-#include <limits>
-#include <sys/time.h>
 
 namespace quelmar {
 
@@ -18,20 +17,15 @@ constexpr i64 RESERVE_MS = 1000;  // kept for the move that reaches the time con
 constexpr i64 MOVES_AHEAD = 40;   // plies over which the time of a control is spread at most
 constexpr i64 MAX_MOVES_PER_CONTROL = 1 << 20;
 
-i32 to_ms(i64 milliseconds) {
-    return static_cast<i32>(
-        std::clamp<i64>(milliseconds, std::numeric_limits<i32>::min(), std::numeric_limits<i32>::max()));
-}
-
 void set_budget(i64 target, i64 maximum) {
-    search_state.target_time = to_ms(target);
-    search_state.max_time = to_ms(maximum);
+    search_state.target_time = clamp_to_i32(target);
+    search_state.max_time = clamp_to_i32(maximum);
 }
 
-// A UCI client says how many moves are left; otherwise they are counted from the start of the game.
+// Unless the client says how many moves are left, they are counted from the start of the game.
 i64 plies_to_control(const SideClock& clock) {
     const i64 plies = 2 * std::clamp<i64>(clock.moves_per_control, 1, MAX_MOVES_PER_CONTROL);
-    if (protocol_state.uci_mode)
+    if (search_control.counts_moves_left)
         return plies;
     return plies - (position.game_ply + position.dropped_plies) % plies;
 }
@@ -52,16 +46,13 @@ void budget_for_game(const SideClock& clock) {
 }
 
 void charge(SideClock& clock, i32 elapsed) {
-    clock.time_left_ms = to_ms(i64{clock.time_left_ms} - (i64{elapsed} - clock.increment_ms));
+    clock.time_left_ms = clamp_to_i32(i64{clock.time_left_ms} - (i64{elapsed} - clock.increment_ms));
 }
 
 }  // namespace
 
 i32 clock_ms() {
-    timeval now{};
-    gettimeofday(&now, nullptr);
-    const u64 milliseconds = static_cast<u64>(now.tv_sec) * 1000 + static_cast<u64>(now.tv_usec) / 1000;
-    return static_cast<i32>(static_cast<u32>(milliseconds));
+    return static_cast<i32>(static_cast<u32>(platform::time_of_day_ms()));
 }
 
 static i32 time_between(i32 earlier, i32 later) {
@@ -73,18 +64,18 @@ i32 elapsed_since(i32 stamp) {
 }
 
 void allocate_time() {
-    const SideClock& clock = position.current().clock[static_cast<std::size_t>(position.side_to_move)];
-    search_state.timed = clock.kind != CLOCK_FIXED_DEPTH;
+    const SideClock& clock = position.current().clock[position.side_to_move];
+    search_state.timed = clock.kind != ClockKind::FIXED_DEPTH;
     search_state.iteration_limit =
         search_state.timed ? MAX_ITERATION : std::clamp(clock.depth_limit, 1, MAX_ITERATION);
     switch (clock.kind) {
-    case CLOCK_WHOLE_GAME:
+    case ClockKind::WHOLE_GAME:
         budget_for_game(clock);
         break;
-    case CLOCK_PER_MOVE:
+    case ClockKind::PER_MOVE:
         set_budget(clock.time_left_ms, clock.time_left_ms);
         break;
-    case CLOCK_MOVES_IN_TIME:
+    case ClockKind::MOVES_IN_TIME:
         budget_for_control(clock);
         break;
     default:  // a search without a clock keeps the budget of the one before
@@ -97,8 +88,8 @@ void update_clocks_after_move(i32 elapsed) {
         return;
     UndoRecord& here = position.current();
     here.clock = position.previous().clock;
-    SideClock& mover = here.clock[static_cast<std::size_t>(other_side(position.side_to_move))];
-    if (mover.kind != CLOCK_PER_MOVE)
+    SideClock& mover = here.clock[other_side(position.side_to_move)];
+    if (mover.kind != ClockKind::PER_MOVE)
         charge(mover, elapsed);
 }
 
@@ -106,7 +97,7 @@ void update_root_clock(Side side, i32 elapsed) {
     UndoRecord& root = position.back(position.search_ply);
     if (position.game_ply > position.search_ply)
         root.clock = position.back(position.search_ply + 1).clock;
-    charge(root.clock[static_cast<std::size_t>(side)], elapsed);
+    charge(root.clock[side], elapsed);
 }
 
 void time_check() {
@@ -116,22 +107,21 @@ void time_check() {
     const i32 elapsed = time_between(search_state.start_time, now);
     if (elapsed < STATUS_INTERVAL_MS)
         search_state.last_status_time = search_state.start_time;
-    if (protocol_state.uci_mode && time_between(search_state.last_status_time, now) > STATUS_INTERVAL_MS) {
-        print_status();
+    if (time_between(search_state.last_status_time, now) > STATUS_INTERVAL_MS) {
+        search_reports.status();
         search_state.last_status_time = now;
     }
     stop_when_time_is_up();
 }
 
 void stop_when_time_is_up() {
-    if (protocol_state.ponder_state == PONDERING || protocol_state.analyze_mode ||
-        protocol_state.uci_infinite || !search_state.timed)
+    if (is_endless() || !search_state.timed)
         return;
     const i32 elapsed = elapsed_since(search_state.start_time);
     const bool ponder_hit_used_up =
-        protocol_state.ponder_state == PONDER_HIT && elapsed > 3 * i64{search_state.target_time};
+        search_control.ponder_state == Pondering::HIT && elapsed > 3 * i64{search_state.target_time};
     if (elapsed > search_state.max_time || ponder_hit_used_up)
-        protocol_state.abort_search = true;
+        search_control.abort_search = true;
 }
 
 }  // namespace quelmar

@@ -9,8 +9,6 @@
 #include "search/transposition.h"
 
 #include "board/position.h"
-#include "protocol/dialect.h"
-#include "protocol/settings.h"
 
 #include <algorithm>
 #include <cmath>
@@ -26,7 +24,7 @@ u8 tt_generation = 0;
 namespace {
 
 struct TTBucket {
-    std::array<TTEntry, 2> slots;
+    Table<TTEntry, 2> slots;
 };
 static_assert(sizeof(TTBucket) == 48);
 
@@ -72,11 +70,6 @@ u64 megabytes_of(u64 buckets) {
     return buckets * sizeof(TTBucket) >> 20;
 }
 
-void report_smaller_table(int wanted_mb) {
-    std::printf("%s hash of %d MB is not available, using %llu MB\n", comment_head(), wanted_mb,
-                static_cast<unsigned long long>(megabytes_of(tt_bucket_count)));
-}
-
 }  // namespace
 
 u64 tt_buckets_for(int megabytes) {
@@ -87,8 +80,8 @@ u64 tt_buckets_for(int megabytes) {
     return count;
 }
 
-void tt_allocate() {
-    const u64 wanted = tt_buckets_for(settings.hash_mb);
+int tt_allocate(int megabytes) {
+    const u64 wanted = tt_buckets_for(megabytes);
     tt_buckets.reset();
     for (tt_bucket_count = wanted; tt_bucket_count > 0; tt_bucket_count /= 2) {
         // Pages of zeros come from the system as they are touched, so that a large table costs no start-up
@@ -102,8 +95,7 @@ void tt_allocate() {
         std::printf("*** Cannot allocate the transposition table\n");
         std::exit(EXIT_FAILURE);
     }
-    if (tt_bucket_count != wanted)
-        report_smaller_table(settings.hash_mb);
+    return tt_bucket_count == wanted ? megabytes : static_cast<int>(megabytes_of(tt_bucket_count));
 }
 
 void tt_clear() {

@@ -25,9 +25,9 @@ static_assert(sizeof(TTEntry) == 24);
 
 extern u8 tt_generation;  // moved on by reset_search and by a sharp change of the root score
 
-// Replaces the table by an empty one of settings.hash_mb megabytes (at least 16384 buckets). What cannot be
-// had is halved until it can, with a line that both protocols ignore.
-void tt_allocate();
+// Replaces the table by an empty one of that many megabytes (at least 16384 buckets). What cannot be had is
+// halved until it can. Returns `megabytes`, or what there is instead.
+int tt_allocate(int megabytes);
 
 // How many buckets a table of that many megabytes has: the largest power of two that fits, at least 16384.
 u64 tt_buckets_for(int megabytes);

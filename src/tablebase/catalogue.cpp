@@ -8,7 +8,7 @@ namespace {
 struct Row {
     std::string_view name;
     unsigned flags;
-    std::array<u32, 2> entry_count;
+    Table<u32, 2> entry_count;
 };
 
 constexpr unsigned SYMMETRIC = 1, WIDE = 2;
@@ -212,20 +212,20 @@ constexpr int kind_of_letter(char letter) {
 
 constexpr Ending expand(const Row& row) {
     Ending result{row.name, (row.flags & SYMMETRIC) != 0, (row.flags & WIDE) != 0, row.entry_count, {}};
-    std::size_t group = 2;  // the first king opens group 0
+    int group = 2;  // the first king opens group 0
     for (const char letter : row.name) {
         const int kind = kind_of_letter(letter);
         if (kind == KING)
             group = group == 2 ? 0 : 1;
         else
-            ++result.men[group][static_cast<std::size_t>(kind)];
+            ++result.men[group][kind];
     }
     return result;
 }
 
 constexpr auto CATALOGUE = [] {
-    std::array<Ending, ENDING_COUNT> endings{};
-    for (std::size_t i = 0; i < ENDING_COUNT; ++i)
+    Table<Ending, ENDING_COUNT> endings{};
+    for (int i = 0; i < ENDING_COUNT; ++i)
         endings[i] = expand(ROWS[i]);
     return endings;
 }();
@@ -234,7 +234,7 @@ constexpr auto CATALOGUE = [] {
 
 const Ending& ending(int number) {
     assert(number >= 1 && number <= ENDING_COUNT);
-    return CATALOGUE[static_cast<std::size_t>(number - 1)];
+    return CATALOGUE[number - 1];
 }
 
 int ending_by_name(std::string_view name) {

@@ -12,13 +12,13 @@ inline constexpr int ENDING_KPPKP = 36;
 inline constexpr int FIRST_FOUR_MEN = 6, FIRST_FIVE_MEN = 36, FIRST_SIX_MEN = 146;
 
 struct Ending {
-    std::string_view name;           // file stem: the letters of the first group, then of the second, "kqkr"
-    bool symmetric;                  // one table, White's, serves both sides to move
-    bool wide;                       // 16-bit entries
-    std::array<u32, 2> entry_count;  // entries of the table file with White and with Black to move
+    std::string_view name;      // file stem: the letters of the first group, then of the second, "kqkr"
+    bool symmetric;             // one table, White's, serves both sides to move
+    bool wide;                  // 16-bit entries
+    Table<u32, 2> entry_count;  // entries of the table file with White and with Black to move
     // [group][kind]: men of the kind (PAWN..QUEEN) beside the king. A name lists the kinds of a group from
     // QUEEN down to PAWN, so these counts are the name.
-    std::array<std::array<u8, 6>, 2> men;
+    Table<Table<u8, 6>, 2> men;
 
     bool has_pawns() const { return men[0][PAWN] + men[1][PAWN] > 0; }
 };

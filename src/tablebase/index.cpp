@@ -50,18 +50,18 @@ struct Group {
 struct Layout {
     Scheme scheme = Scheme::PAWNLESS;
     // The men of the leading part: those of the side to move or, with FREE_PAWN, the other side's pawns.
-    std::array<Group, 3> leading{};
+    Table<Group, 3> leading{};
     const BaseTable* base = nullptr;     // of these men; none: the king pair alone
-    std::array<Group, 3> following{};    // the other side's men, most significant first
+    Table<Group, 3> following{};         // the other side's men, most significant first
     const BaseTable* ep_base = nullptr;  // of the side to move without its pawns; none: the king pair alone
     u64 ordinary = 0;                    // positions without an en-passant capture
     u64 range = 0;                       // all positions
 };
 
-std::array<std::array<Layout, 2>, ENDING_COUNT> layouts;
+Table<Table<Layout, 2>, ENDING_COUNT> layouts;
 
 Layout& layout_of(int ending, Side side) {
-    return layouts[static_cast<std::size_t>(ending - 1)][static_cast<std::size_t>(side)];
+    return layouts[ending - 1][side];
 }
 
 // A position turned so that its reference king stands where the tables want it.
@@ -72,8 +72,8 @@ struct View {
     template <typename Map> void map_squares(Map map) {
         for (SideSquares* men : {&mover, &waiting}) {
             men->king = static_cast<u8>(map(men->king));
-            for (std::size_t row = 0; row < men->men.size(); ++row)
-                for (std::size_t i = 0; i < men->count[row]; ++i)
+            for (int row = 0; row < men->men.size(); ++row)
+                for (int i = 0; i < men->count[row]; ++i)
                     men->men[row][i] = static_cast<u8>(map(men->men[row][i]));
         }
         if (ep_square != NO_EP_SQUARE)
@@ -107,8 +107,7 @@ public:
     Numbering(const View& view, Scheme scheme)
         : own_king_(view.mover.king), faced_king_(view.waiting.king),
           taken_(bit(own_king_) | bit(faced_king_)) {
-        pair_ =
-            index_tables().king_pairs[static_cast<std::size_t>(scheme)][view.mover.king][view.waiting.king];
+        pair_ = index_tables().king_pairs[static_cast<int>(scheme)][view.mover.king][view.waiting.king];
         exists_ = pair_ != INVALID_KING_PAIR;
         number_ = exists_ ? pair_ : 0;
     }
@@ -116,7 +115,7 @@ public:
     void start_from(const BaseTable& base) { number_ = exists_ ? base.before[pair_] : 0; }
 
     // Places the men of the leading part, groups in order; their number counts from the base table's.
-    void place_leading(const std::array<Group, 3>& groups, const SideSquares& men) {
+    void place_leading(const Table<Group, 3>& groups, const SideSquares& men) {
         u64 placement = 0;
         for (const Group& group : groups)
             if (group.count > 0)
@@ -132,7 +131,7 @@ public:
     }
 
     // Appends equal men that may stand on every free square.
-    void append(int kind, const std::array<u8, 3>& squares, int count) {
+    void append(int kind, const Table<u8, 3>& squares, int count) {
         const u64 blocked = kind == PAWN ? ~PAWN_SQUARES | taken_by_pawns_ : taken_;
         const auto digit_of = [&](int square) {
             exists_ &= (kind != PAWN) || (bit(square) & PAWN_SQUARES) != 0;
@@ -141,7 +140,7 @@ public:
         const u64 digit = combination(squares, count, digit_of);
         add_digit(digit, choose(static_cast<u64>(64 - std::popcount(blocked)), count));
         for (int i = 0; i < count; ++i)
-            take(squares[static_cast<std::size_t>(i)], kind == PAWN);
+            take(squares[i], kind == PAWN);
     }
 
     // Men that share a square may have led beyond `range`.
@@ -151,14 +150,13 @@ public:
 
 private:
     // Numbers a set of equal men: lower square first, so that their order does not matter.
-    template <typename DigitOf>
-    static u64 combination(std::array<u8, 3> squares, int count, DigitOf digit_of) {
-        const auto size = static_cast<std::size_t>(count);
-        for (std::size_t i = 1; i < size; ++i)
-            for (std::size_t j = i; j > 0 && squares[j] < squares[j - 1]; --j)
+    template <typename DigitOf> static u64 combination(Table<u8, 3> squares, int count, DigitOf digit_of) {
+        const int size = count;
+        for (int i = 1; i < size; ++i)
+            for (int j = i; j > 0 && squares[j] < squares[j - 1]; --j)
                 std::swap(squares[j], squares[j - 1]);
         u64 sum = 0;
-        for (std::size_t i = 0; i < size; ++i)
+        for (int i = 0; i < size; ++i)
             sum += choose(digit_of(squares[i]), static_cast<int>(i) + 1);
         return sum;
     }
@@ -166,15 +164,15 @@ private:
     u64 room(int kind) const { return static_cast<u64>(index_tables().room(kind, faced_king_, own_king_)); }
 
     u64 leading_group(const Group& group, const SideSquares& men) {
-        const auto row = static_cast<std::size_t>(std::max<int>(group.kind, PAWN) - PAWN);
-        const auto& numbers = index_tables().placement[group.kind][static_cast<std::size_t>(faced_king_)];
-        const bool king_counts = numbers[static_cast<std::size_t>(own_king_)] != NOT_PLACEABLE;
+        const int row = std::max<int>(group.kind, PAWN) - PAWN;
+        const auto& numbers = index_tables().placement[group.kind][faced_king_];
+        const bool king_counts = numbers[own_king_] != NOT_PLACEABLE;
         const auto digit_of = [&](int square) {
-            const u8 number = numbers[static_cast<std::size_t>(square)];
+            const u8 number = numbers[square];
             exists_ &= number != NOT_PLACEABLE;
             return static_cast<u64>(number) - (king_counts && own_king_ < square ? 1u : 0u);
         };
-        for (std::size_t i = 0; i < group.count; ++i)
+        for (int i = 0; i < group.count; ++i)
             take(men.men[row][i], group.kind <= PAWN);
         return combination(men.men[row], group.count, digit_of);
     }
@@ -188,7 +186,7 @@ private:
 
 // Takes the man on `square` out of a list of equal men.
 void remove_man(SideSquares& men, int kind, int square) {
-    const auto row = static_cast<std::size_t>(kind - PAWN);
+    const int row = kind - PAWN;
     auto& list = men.men[row];
     const auto last = list.begin() + men.count[row];
     const auto found = std::find(list.begin(), last, static_cast<u8>(square));
@@ -199,7 +197,7 @@ void remove_man(SideSquares& men, int kind, int square) {
 }
 
 bool stands_on(const SideSquares& men, int kind, int square) {
-    const auto row = static_cast<std::size_t>(kind - PAWN);
+    const int row = kind - PAWN;
     const auto last = men.men[row].begin() + men.count[row];
     return std::find(men.men[row].begin(), last, static_cast<u8>(square)) != last;
 }
@@ -226,7 +224,7 @@ u32 en_passant_index(const Layout& layout, View view, const EnPassant& capture) 
     remove_man(view.mover, PAWN, capture.from);
     remove_man(view.waiting, PAWN, view.ep_square - 8);
     if (layout.ep_base != nullptr) {
-        std::array<Group, 3> pieces = layout.leading;
+        Table<Group, 3> pieces = layout.leading;
         for (Group& group : pieces)
             group.count = group.kind == PAWN ? u8{0} : group.count;
         numbering.start_from(*layout.ep_base);
@@ -238,7 +236,7 @@ u32 en_passant_index(const Layout& layout, View view, const EnPassant& capture) 
     if (view.mover.count[0] > 0)
         numbering.append(PAWN, view.mover.men[0], view.mover.count[0]);
     for (const int kind : {PAWN, QUEEN, ROOK, BISHOP, KNIGHT}) {
-        const auto row = static_cast<std::size_t>(kind - PAWN);
+        const int row = kind - PAWN;
         if (view.waiting.count[row] > 0)
             numbering.append(kind, view.waiting.men[row], view.waiting.count[row]);
     }
@@ -258,20 +256,20 @@ u32 ordinary_index(const Layout& layout, const View& view) {
     return numbering.result(0, layout.ordinary);
 }
 
-using KindCounts = std::array<u8, 6>;
+using KindCounts = Table<u8, 6>;
 
 PlacedKinds placed_kinds(const KindCounts& men, int lowest) {
     PlacedKinds kinds;
-    for (std::size_t kind = QUEEN; kind >= static_cast<std::size_t>(lowest); --kind)
+    for (int kind = QUEEN; kind >= lowest; --kind)
         for (int i = 0; i < men[kind]; ++i)
             kinds.kind[kinds.count++] = static_cast<u8>(kind);
     return kinds;
 }
 
 // Groups from the highest kind down.
-std::array<Group, 3> groups_of(const KindCounts& men) {
-    std::array<Group, 3> groups{};
-    std::size_t size = 0;
+Table<Group, 3> groups_of(const KindCounts& men) {
+    Table<Group, 3> groups{};
+    int size = 0;
     for (u8 kind = QUEEN; kind >= PAWN; --kind)
         if (men[kind] > 0)
             groups[size++] = {kind, men[kind]};
@@ -289,7 +287,7 @@ u64 pairs_in(const BaseTable* base, Scheme scheme) {
 }
 
 // Positions of the men that follow the leading part, in which `pawns` pawns and `men` men are placed.
-u64 following_range(const std::array<Group, 3>& groups, int pawns, int men) {
+u64 following_range(const Table<Group, 3>& groups, int pawns, int men) {
     u64 range = 1;
     for (const Group& group : groups) {
         const int room = group.kind == PAWN ? 48 - pawns : 64 - men;
@@ -308,13 +306,13 @@ void count_en_passant(Layout& layout, const KindCounts& mover, const KindCounts&
     // Two pawns, the square passed over and the one left; the kings block pieces only.
     if (mover[PAWN] + waiting[PAWN] > 2)
         range *= 48 - 4;
-    for (std::size_t kind = KNIGHT; kind <= QUEEN; ++kind)
+    for (int kind = KNIGHT; kind <= QUEEN; ++kind)
         range *= choose(64 - 6, waiting[kind]);
     layout.range += range;
 }
 
 Layout make_layout(const Ending& ending, Side side) {
-    const auto first = static_cast<std::size_t>(side);
+    const int first = side;
     const KindCounts &mover = ending.men[first], &waiting = ending.men[1 - first];
     Layout layout;
     layout.scheme = ending.has_pawns() ? Scheme::PAWNS : Scheme::PAWNLESS;

@@ -10,8 +10,8 @@ namespace quelmar {
 // The men of one side: for each kind (PAWN..QUEEN, in this order, so kind - 1 is the row) up to three
 // squares, in any order.
 struct SideSquares {
-    std::array<std::array<u8, 3>, 5> men{};
-    std::array<u8, 5> count{};
+    Table<Table<u8, 3>, 5> men{};
+    Table<u8, 5> count{};
     u8 king = 0;
 };
 

@@ -39,17 +39,17 @@ bool touches(int kind, int square, int king) {
 
 IndexTables tables;
 // By kinds, read as up to three digits in base 7 with FREE_PAWN as 1: see slot_of.
-std::array<std::array<BaseTable, 343>, 2> base_tables;
+Table<Table<BaseTable, 343>, 2> base_tables;
 
-std::size_t slot_of(const PlacedKinds& kinds) {
-    std::size_t slot = 0;
-    for (std::size_t i = 0; i < kinds.count; ++i)
+int slot_of(const PlacedKinds& kinds) {
+    int slot = 0;
+    for (int i = 0; i < kinds.count; ++i)
         slot = slot * 7 + kinds.kind[i] + 1;
     return slot;
 }
 
 template <typename Table> auto& at(Table& table, int i, int j) {
-    return table[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)];
+    return table[i][j];
 }
 
 void fill_placement(int kind, int king) {
@@ -57,8 +57,7 @@ void fill_placement(int kind, int king) {
     for (int square = 0; square < 64; ++square) {
         const bool allowed =
             square != king && !touches(kind, square, king) && (kind > PAWN || is_pawn_square(square));
-        at(tables.placement[static_cast<std::size_t>(kind)], king, square) =
-            allowed ? number++ : NOT_PLACEABLE;
+        at(tables.placement[kind], king, square) = allowed ? number++ : NOT_PLACEABLE;
     }
     at(tables.placement_count, kind, king) = number;
 }
@@ -80,7 +79,7 @@ void number_king_pairs(Scheme scheme) {
     for (int reference = 0; reference < 64; ++reference)
         for (int other = 0; other < 64; ++other) {
             const bool valid = kings_apart(reference, other) && is_reference(scheme, reference, other);
-            at(tables.king_pairs[static_cast<std::size_t>(scheme)], reference, other) =
+            at(tables.king_pairs[static_cast<int>(scheme)], reference, other) =
                 valid ? number++ : INVALID_KING_PAIR;
         }
     assert(number == (scheme == Scheme::PAWNS ? PAWN_KING_PAIRS : PAWNLESS_KING_PAIRS));
@@ -89,23 +88,23 @@ void number_king_pairs(Scheme scheme) {
 // Ways to place the kinds beside one pair of kings; equal kinds are interchangeable.
 u64 placements(const PlacedKinds& kinds, int own_king, int faced_king) {
     u64 ways = 1;
-    for (std::size_t i = 0; i < kinds.count;) {
-        std::size_t equal = 1;
+    for (int i = 0; i < kinds.count;) {
+        int equal = 1;
         while (i + equal < kinds.count && kinds.kind[i + equal] == kinds.kind[i])
             ++equal;
         const int room = tables.room(kinds.kind[i], faced_king, own_king);
-        ways *= choose(static_cast<u64>(room), static_cast<int>(equal));
+        ways *= choose(static_cast<u64>(room), equal);
         i += equal;
     }
     return ways;
 }
 
 void build_base_table(const PlacedKinds& kinds, Scheme scheme) {
-    BaseTable& table = base_tables[static_cast<std::size_t>(scheme)][slot_of(kinds)];
+    BaseTable& table = base_tables[static_cast<int>(scheme)][slot_of(kinds)];
     u64 total = 0;
     for (int own = 0; own < 64; ++own)
         for (int faced = 0; faced < 64; ++faced) {
-            if (at(tables.king_pairs[static_cast<std::size_t>(scheme)], own, faced) == INVALID_KING_PAIR)
+            if (at(tables.king_pairs[static_cast<int>(scheme)], own, faced) == INVALID_KING_PAIR)
                 continue;
             table.before.push_back(static_cast<u32>(total));
             total += placements(kinds, own, faced);
@@ -130,7 +129,7 @@ void build_base_tables(PlacedKinds kinds) {
 }  // namespace
 
 bool IndexTables::can_stand(int kind, int faced_king, int square) const {
-    return at(placement[static_cast<std::size_t>(kind)], faced_king, square) != NOT_PLACEABLE;
+    return at(placement[kind], faced_king, square) != NOT_PLACEABLE;
 }
 
 int IndexTables::room(int kind, int faced_king, int own_king) const {
@@ -155,7 +154,7 @@ const IndexTables& index_tables() {
 }
 
 const BaseTable& base_table(const PlacedKinds& kinds, Scheme scheme) {
-    return base_tables[static_cast<std::size_t>(scheme)][slot_of(kinds)];
+    return base_tables[static_cast<int>(scheme)][slot_of(kinds)];
 }
 
 }  // namespace quelmar

@@ -19,7 +19,7 @@ inline constexpr u8 NOT_PLACEABLE = 255;
 inline constexpr u16 INVALID_KING_PAIR = 4000;
 inline constexpr int PAWNLESS_KING_PAIRS = 462, PAWN_KING_PAIRS = 1806;
 
-template <typename T> using BySquares = std::array<std::array<T, 64>, 64>;
+template <typename T> using BySquares = Table<Table<T, 64>, 64>;
 
 // Two schemes of pairs: without pawns the reference king stands in the triangle a1-d1-d4, with pawns on the
 // files a-d.
@@ -33,9 +33,9 @@ struct BaseTable {
 
 struct IndexTables {
     // [kind][faced king][square]: the square's number among those the kind may stand on, or NOT_PLACEABLE.
-    std::array<BySquares<u8>, PLACEMENT_KINDS> placement;
-    std::array<std::array<u8, 64>, PLACEMENT_KINDS> placement_count;  // [kind][faced king]
-    std::array<BySquares<u16>, 2> king_pairs;                         // [scheme][reference king][other king]
+    Table<BySquares<u8>, PLACEMENT_KINDS> placement;
+    Table<Table<u8, 64>, PLACEMENT_KINDS> placement_count;  // [kind][faced king]
+    Table<BySquares<u16>, 2> king_pairs;                    // [scheme][reference king][other king]
 
     bool can_stand(int kind, int faced_king, int square) const;
     // Squares for a man of `kind` that faces `faced_king` while its own king stands on `own_king`.
@@ -44,7 +44,7 @@ struct IndexTables {
 
 // The kinds of men that are placed together, in non-increasing order; `count` is 1..3.
 struct PlacedKinds {
-    std::array<u8, 3> kind{};
+    Table<u8, 3> kind{};
     u8 count = 0;
 };
 

@@ -1,8 +1,6 @@
 #include "tablebase/probe.h"
 
 #include "board/position.h"
-#include "protocol/dialect.h"
-#include "protocol/settings.h"
 #include "tablebase/block_cache.h"
 #include "tablebase/catalogue.h"
 #include "tablebase/index.h"
@@ -23,8 +21,8 @@ constexpr int MATED_VALUE = -32766, MATE_IN_ONE_VALUE = 32766;
 constexpr int NARROW_OFFSET = 32640;
 
 // Entries of kppkp with Black to move that the table has wrong: mated, farther off than a byte can say.
-constexpr std::array<u32, 7> WRONG_KPPKP_ENTRIES = {56802428, 56811076, 56849992, 56858640,
-                                                    59592489, 67775659, 71071628};
+constexpr Table<u32, 7> WRONG_KPPKP_ENTRIES = {56802428, 56811076, 56849992, 56858640,
+                                               59592489, 67775659, 71071628};
 constexpr int RIGHT_KPPKP_VALUE = -32639;
 
 int read_wide_value(int number, Side side, u32 index) {
@@ -57,13 +55,13 @@ int read_narrow_value(int number, Side side, u32 index) {
 
 // The men of one side, without its king in the counts; false when a kind has more men than any ending.
 bool collect_men(Side side, SideSquares& men, u8* counts) {
-    men.king = index_of_square[static_cast<std::size_t>(position.king_square(side))];
+    men.king = index_of_square[position.king_square(side)];
     for (Square square = position.next_man(position.king_square(side)); square != LIST_END;
          square = position.next_man(square)) {
-        const auto row = static_cast<std::size_t>(kind_of(position.at(square)) - PAWN);
+        const int row = kind_of(position.at(square)) - PAWN;
         if (men.count[row] == men.men[row].size())
             return false;
-        men.men[row][men.count[row]++] = index_of_square[static_cast<std::size_t>(square)];
+        men.men[row][men.count[row]++] = index_of_square[square];
     }
     std::copy(men.count.begin(), men.count.end(), counts);
     return true;
@@ -74,7 +72,7 @@ bool collect_men(Side side, SideSquares& men, u8* counts) {
 // ask whether the capture is legal: with a pinned pawn both have the same value.
 int skipped_square() {
     const Square square = position.current().ep_square;
-    return square == 0 ? NO_EP_SQUARE : index_of_square[static_cast<std::size_t>(square)];
+    return square == 0 ? NO_EP_SQUARE : index_of_square[square];
 }
 
 // Moves to mate become plies from the root.
@@ -85,39 +83,39 @@ Score score_of(int value) {
     return value > 0 ? MATE_SCORE - plies - position.search_ply : -MATE_SCORE + plies + position.search_ply;
 }
 
-std::size_t cache_bytes() {
-    return static_cast<std::size_t>(settings.tb_cache_mb) << 20;
+constexpr std::size_t bytes_of(int megabytes) {
+    return static_cast<std::size_t>(megabytes) << 20;
 }
 
-// As much of settings.tb_cache_mb as there is, which is written back; nullptr when there is not even one.
-void* allocate_cache() {
-    void* memory = try_allocate_table_memory(cache_bytes());
-    while (memory == nullptr && settings.tb_cache_mb > 1) {
-        settings.tb_cache_mb /= 2;
-        memory = try_allocate_table_memory(cache_bytes());
+// As much of the wanted megabytes as there is; nullptr when there is not even one.
+void* allocate_cache(int& megabytes) {
+    void* memory = try_allocate_table_memory(bytes_of(megabytes));
+    while (memory == nullptr && megabytes > 1) {
+        megabytes /= 2;
+        memory = try_allocate_table_memory(bytes_of(megabytes));
     }
     return memory;
 }
 
 }  // namespace
 
-void setup_tablebases() {
+int setup_tablebases(std::string_view path_list, int cache_mb) {
     static void* cache_memory = nullptr;
     init_block_cache(nullptr, 0);
     free_table_memory(cache_memory);
     cache_memory = nullptr;
-    tb_max_men = init_tablebases(settings.tb_path);
-    const int wanted_mb = settings.tb_cache_mb;
-    settings.tb_cache_mb = std::clamp(wanted_mb, 1, MAX_CACHE_MB);
+    tb_max_men = init_tablebases(path_list);
+    int megabytes = std::clamp(cache_mb, 1, MAX_CACHE_MB);
     if (tb_max_men > 0)
-        cache_memory = allocate_cache();
-    if (settings.tb_cache_mb != wanted_mb)
-        std::printf("%s tbcache of %d MB is not available, using %d MB\n", comment_head(), wanted_mb,
-                    settings.tb_cache_mb);
+        cache_memory = allocate_cache(megabytes);
+    if (megabytes != cache_mb)
+        table_reports.tell("tbcache of " + std::to_string(cache_mb) + " MB is not available, using " +
+                           std::to_string(megabytes) + " MB");
     if (cache_memory != nullptr)
-        init_block_cache(cache_memory, cache_bytes());
+        init_block_cache(cache_memory, bytes_of(megabytes));
     else if (tb_max_men > 0)
-        std::printf("%s no memory for the cache, no table is used\n", comment_head());
+        table_reports.tell("no memory for the cache, no table is used");
+    return megabytes;
 }
 
 int read_table_value(int number, Side side, u32 index) {
@@ -129,7 +127,7 @@ int read_table_value(int number, Side side, u32 index) {
 }
 
 bool probe_tablebase(Score& score_out) {
-    std::array<SideSquares, 2> men;
+    Table<SideSquares, 2> men;
     MaterialCounts counts{};
     if (!collect_men(WHITE, men[WHITE], counts.data()) || !collect_men(BLACK, men[BLACK], counts.data() + 5))
         return false;

@@ -3,14 +3,16 @@
 
 #include "search/score.h"
 
+#include <string_view>
+
 namespace quelmar {
 
 extern int tb_max_men;  // most men, kings included, of any registered table; 0 without tables
 
-// Registers the tables found along settings.tb_path and allocates the block cache of settings.tb_cache_mb;
-// what an earlier call had taken is given back. Sets tb_max_men. A cache size that cannot be had is clamped,
-// written back and told in a comment of the active protocol. For broken table files see init_tablebases.
-void setup_tablebases();
+// Registers the tables found along the path and allocates a block cache; what an earlier call had taken is
+// given back. Sets tb_max_men. A cache size that cannot be had is clamped and told (table_reports); returns
+// the size in use. For broken table files see init_tablebases.
+int setup_tablebases(std::string_view path_list, int cache_mb);
 
 // Looks the current position up. On success writes the score (of the side to move, relative to search_ply)
 // and returns true; false when no table holds the position or its file cannot be read.

@@ -1,6 +1,6 @@
 #include "tablebase/registry.h"
 
-#include "protocol/dialect.h"
+#include "platform/platform.h"
 #include "tablebase/catalogue.h"
 #include "tablebase/index.h"
 
@@ -8,12 +8,11 @@
 #include <cstdlib>
 #include <new>
 #include <string>
-#include <sys/stat.h>
 
 namespace quelmar {
 namespace {
 
-std::array<std::array<TableRecord, 2>, ENDING_COUNT> records;
+Table<Table<TableRecord, 2>, ENDING_COUNT> records;
 BlockDecoder workspace;
 int compressed_files = 0;  // registered since the program started
 
@@ -22,17 +21,17 @@ int compressed_files = 0;  // registered since the program started
     std::exit(1);
 }
 
+std::string quote(const char* before, const TableString& path, const std::string& after) {
+    return std::string(before).append(path).append(after);
+}
+
 // A file that cannot be right: `message` ends the program, unless it plays on without the table, for
 // `reason`. Always false.
 bool refuse_table(const TableString& path, const std::string& message, const std::string& reason) {
-    if (!dialect.plays_on_without_table)
+    if (table_reports.faulty_file_is_fatal)
         fail(message);
-    std::printf("%s %s is left out: %s\n", comment_head(), path.c_str(), reason.c_str());
+    table_reports.tell(quote("", path, " is left out: " + reason));
     return false;
-}
-
-std::string quote(const char* before, const TableString& path, const std::string& after) {
-    return std::string(before).append(path).append(after);
 }
 
 // A tree of ten levels, one per count. A node is the largest count it knows and then, per count, where the
@@ -44,7 +43,7 @@ public:
     // The ending's place, nullptr when the tree has no path for so many men.
     i32* find(const MaterialCounts& counts) {
         std::size_t node = 0;
-        for (std::size_t level = 0; level < counts.size(); ++level) {
+        for (int level = 0; level < counts.size(); ++level) {
             if (counts[level] > nodes_[node])
                 return nullptr;
             i32& child = nodes_[node + 1 + counts[level]];
@@ -58,11 +57,11 @@ public:
 private:
     static constexpr int MEN_BESIDE_KINGS = 4;
 
-    i32 add_node(std::size_t level, int men_left) {
+    i32 add_node(int level, int men_left) {
         const std::size_t node = nodes_.size();
         nodes_.resize(node + 2 + static_cast<std::size_t>(men_left), 0);
         nodes_[node] = men_left;
-        if (level + 1 < MaterialCounts{}.size())
+        if (level + 1 < MaterialCounts::size())
             for (int count = 0; count <= men_left; ++count) {
                 const i32 child = add_node(level + 1, men_left - count);
                 nodes_[node + 1 + static_cast<std::size_t>(count)] = child;
@@ -79,9 +78,9 @@ MaterialTree& material_tree() {
 }
 
 // `white` is the group of the name that White has.
-MaterialCounts material_of(int number, std::size_t white) {
+MaterialCounts material_of(int number, int white) {
     MaterialCounts counts{};
-    for (std::size_t kind = PAWN; kind <= QUEEN; ++kind) {
+    for (int kind = PAWN; kind <= QUEEN; ++kind) {
         counts[kind - 1] = ending(number).men[white][kind];
         counts[kind + 4] = ending(number).men[1 - white][kind];
     }
@@ -89,7 +88,7 @@ MaterialCounts material_of(int number, std::size_t white) {
 }
 
 bool enter_material(int number, const TableString& path) {
-    for (const std::size_t white : {0u, 1u}) {
+    for (const int white : {0, 1}) {
         i32* const leaf = material_tree().find(material_of(number, white));
         if (leaf == nullptr)
             return refuse_table(path, quote("*** Unable to register ", path, "\n"),
@@ -139,7 +138,7 @@ bool read_header(Candidate& candidate) {
 }
 
 bool count_entries(Candidate& candidate, const Ending& table, Side side) {
-    const u32 expected = table.entry_count[static_cast<std::size_t>(side)];
+    const u32 expected = table.entry_count[side];
     if (candidate.compressed) {
         const CompressedTableInfo& info = *candidate.info;
         const i64 bytes = (i64{info.block_count} - 1) * TABLE_BLOCK_SIZE + info.last_block_length;
@@ -198,7 +197,8 @@ void forget_everything() {
 std::vector<std::string_view> table_directories(std::string_view path_list) {
     std::vector<std::string_view> directories;
     for (std::size_t from = 0; from <= path_list.size();) {
-        const std::size_t to = std::min(path_list.find_first_of(",;:", from), path_list.size());
+        const std::size_t to =
+            std::min(path_list.find_first_of(platform::list_separators(), from), path_list.size());
         directories.push_back(path_list.substr(from, to - from));
         from = to + 1;
     }
@@ -219,7 +219,7 @@ int init_tablebases(std::string_view path_list) {
         }
     if (compressed_files > 0)
         if (const int code = create_block_decoder(TABLE_BLOCK_SIZE, workspace);
-            code != FILE_OK && !dialect.plays_on_without_table)
+            code != FILE_OK && table_reports.faulty_file_is_fatal)
             fail("*** Cannot allocate decode block: error code " + std::to_string(code) + "\n");
     return men_of_ending(highest);
 }
@@ -255,19 +255,18 @@ int ending_by_material(const MaterialCounts& counts) {
 
 TableRecord& table_record(int number, Side side) {
     const Side table_side = ending(number).symmetric ? WHITE : side;
-    return records[static_cast<std::size_t>(number - 1)][static_cast<std::size_t>(table_side)];
+    return records[number - 1][table_side];
 }
 
 void drop_table(TableRecord& table, const char* reason) {
-    std::printf("%s %s is left out from now on: %s\n", comment_head(), table.path.c_str(), reason);
+    table_reports.tell(quote("", table.path, std::string(" is left out from now on: ") + reason));
     table.file.reset();
     table.path.clear();
 }
 
 FileHandle open_table_file(const char* path) {
     // Opening a pipe would wait for a writer, and a directory has no size.
-    struct stat status {};
-    if (stat(path, &status) != 0 || !S_ISREG(status.st_mode))
+    if (!platform::is_regular_file(path))
         return nullptr;
     FileHandle file(std::fopen(path, "rb"));
     if (file)

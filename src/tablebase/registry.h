@@ -5,9 +5,18 @@
 #include "tablebase/compressed_file.h"
 #include "tablebase/table_memory.h"
 
+#include <string>
 #include <string_view>
 
 namespace quelmar {
+
+// What happens with a file that cannot be right, and who is told. Written at start-up.
+struct TableReports {
+    bool faulty_file_is_fatal = true;  // when it is registered; otherwise it is left out
+    void (*tell)(const std::string& text) = [](const std::string&) {};
+};
+
+inline TableReports table_reports;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -29,14 +38,15 @@ struct TableRecord {
 };
 
 // Men of White and of Black beside the kings: pawns, knights, bishops, rooks, queens.
-using MaterialCounts = std::array<u8, 10>;
+using MaterialCounts = Table<u8, 10>;
 
-// The names in a list of directories, separated by ',', ';' or ':'; an empty one is the current directory.
+// The names in a list of directories, separated by ',', ';' or ':' (no ':' on Windows); an empty one is the
+// current directory.
 std::vector<std::string_view> table_directories(std::string_view path_list);
 
 // Forgets all tables and registers those that the directories hold. Returns the most men of any table found,
 // 0 without tables. A table that cannot be right ends the process with a message and exit status 1, or is
-// left out with a comment in the active protocol, as the dialect says.
+// left out and told of, as table_reports says.
 int init_tablebases(std::string_view path_list);
 
 // Looks for one table; true if it is registered now. The first directory that holds it wins.
@@ -51,7 +61,7 @@ TableRecord& table_record(int ending, Side side);
 
 int count_registered_tables();  // files, that is
 
-// The table, which must be registered, does not count as such from now on; a comment in the active protocol
+// The table, which must be registered, does not count as such from now on; table_reports.tell
 // says so.
 void drop_table(TableRecord& table, const char* reason);
 

@@ -91,7 +91,7 @@ SideSquares side_squares(const Men& men, const Squares& squares, Side side) {
     for (std::size_t i = 2; i < men.count; ++i) {
         if (men.man[i].side != side)
             continue;
-        const auto row = static_cast<std::size_t>(men.man[i].kind - PAWN);
+        const int row = men.man[i].kind - PAWN;
         result.men[row][result.count[row]++] = squares[i];
     }
     return result;

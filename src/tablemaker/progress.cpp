@@ -1,7 +1,8 @@
 #include "tablemaker/progress.h"
 
+#include "platform/platform.h"
+
 #include <cstdio>
-#include <unistd.h>
 #include <utility>
 
 namespace quelmar::tablemaker {
@@ -14,7 +15,8 @@ constexpr auto PAUSE_ON_TERMINAL = std::chrono::milliseconds(250),
 
 }  // namespace
 
-Progress::Progress(bool wanted) : wanted_(wanted), terminal_(isatty(STDERR_FILENO) == 1) {}
+Progress::Progress(bool wanted)
+    : wanted_(wanted), terminal_(platform::is_terminal(platform::STANDARD_ERROR)) {}
 
 void Progress::start(std::string subject) {
     subject_ = std::move(subject);

@@ -1,5 +1,6 @@
 #include "tablemaker/table_file.h"
 
+#include "platform/platform.h"
 #include "tablebase/catalogue.h"
 #include "tablebase/compressed_file.h"
 #include "tablemaker/error.h"
@@ -7,10 +8,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <utility>
 
 namespace quelmar::tablemaker {
@@ -27,7 +24,7 @@ using File = std::unique_ptr<std::FILE, CloseFile>;
 }
 
 File open_to_read(const std::filesystem::path& path) {
-    File file(std::fopen(path.c_str(), "rb"));
+    File file(platform::open_to_read(path));
     if (!file)
         fail(path, std::strerror(errno));
     return file;
@@ -85,29 +82,21 @@ std::vector<u8> read_compressed(const std::filesystem::path& path) {
 
 constexpr std::string_view PART = ".part";  // behind it the number of the process
 
-std::string part_of(const std::filesystem::path& final_path) {
-    return final_path.string() + std::string(PART) + std::to_string(getpid());
+std::filesystem::path part_of(const std::filesystem::path& final_path) {
+    std::filesystem::path path = final_path;
+    return path += std::string(PART) + std::to_string(platform::process_number());
 }
 
-// Opens a file to be written and locks it: by the lock others see that its process has not ended.
-int open_part(const std::string& path) {
-    for (;;) {
-        const int descriptor = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-        if (descriptor < 0)
-            return descriptor;
-        flock(descriptor, LOCK_EX);  // a file system without locks has no stale files removed either
-        struct stat status {};
-        if (fstat(descriptor, &status) != 0 || status.st_nlink > 0)
-            return descriptor;
-        close(descriptor);  // it was taken for a stale one before it was locked
-    }
+void remove_quietly(const std::filesystem::path& path) {
+    std::error_code ignored;
+    std::filesystem::remove(path, ignored);
 }
 
 // A file that disappears with the object unless it was kept under its final name.
 class TemporaryFile {
 public:
     explicit TemporaryFile(const std::filesystem::path& final_path)
-        : final_path_(final_path), path_(part_of(final_path)), descriptor_(open_part(path_)) {
+        : final_path_(final_path), path_(part_of(final_path)), descriptor_(platform::open_held(path_)) {
         if (descriptor_ < 0)
             fail(path_, std::strerror(errno));
     }
@@ -115,32 +104,30 @@ public:
     TemporaryFile& operator=(const TemporaryFile&) = delete;
     ~TemporaryFile() {
         if (descriptor_ >= 0)
-            close(descriptor_);
+            platform::close_file(descriptor_);
         if (!kept_)
-            unlink(path_.c_str());
+            remove_quietly(path_);
     }
 
     void write_all(std::span<const u8> bytes) {
-        while (!bytes.empty()) {
-            const ssize_t written = write(descriptor_, bytes.data(), bytes.size());
-            if (written < 0 && errno != EINTR)
-                fail(path_, std::strerror(errno));
-            if (written > 0)
-                bytes = bytes.subspan(static_cast<std::size_t>(written));
-        }
+        if (!platform::write_all(descriptor_, bytes))
+            fail(path_, std::strerror(errno));
     }
 
     void keep() {
-        const bool flushed = fsync(descriptor_) == 0;
-        const bool closed = close(std::exchange(descriptor_, -1)) == 0;
-        if (!flushed || !closed || rename(path_.c_str(), final_path_.c_str()) != 0)
+        const bool flushed = platform::flush_to_disk(descriptor_);
+        const bool closed = platform::close_file(std::exchange(descriptor_, -1));
+        if (!flushed || !closed)
             fail(final_path_, std::strerror(errno));
+        std::error_code error;
+        std::filesystem::rename(path_, final_path_, error);
+        if (error)
+            fail(final_path_, error.message());
         kept_ = true;
     }
 
 private:
-    std::filesystem::path final_path_;
-    std::string path_;
+    std::filesystem::path final_path_, path_;
     int descriptor_;
     bool kept_ = false;
 };
@@ -151,15 +138,6 @@ bool is_part_name(const std::filesystem::path& path) {
     return extension.starts_with(PART) && extension.size() > PART.size() &&
            extension.find_first_not_of("0123456789", PART.size()) == std::string::npos &&
            table_named(path.stem());
-}
-
-void remove_if_stale(const std::filesystem::path& path) {
-    const int descriptor = open(path.c_str(), O_RDWR | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
-    if (descriptor < 0)
-        return;
-    if (flock(descriptor, LOCK_EX | LOCK_NB) == 0)
-        unlink(path.c_str());
-    close(descriptor);
 }
 
 }  // namespace
@@ -208,12 +186,12 @@ u64 table_size(const std::filesystem::path& path) {
 void require_writable(const std::filesystem::path& directory) {
     // Permissions do not tell all, so a file is made; by its name it is found again if this run is broken
     // off.
-    const std::string path = part_of(directory / (std::string(ending(1).name) + ".nbw"));
-    const int descriptor = open_part(path);
+    const std::filesystem::path path = part_of(directory / (std::string(ending(1).name) + ".nbw"));
+    const int descriptor = platform::open_held(path);
     if (descriptor < 0)
         fail(directory, std::string("cannot be written: ") + std::strerror(errno));
-    unlink(path.c_str());
-    close(descriptor);
+    platform::close_file(descriptor);
+    remove_quietly(path);
 }
 
 void remove_stale_parts(const std::filesystem::path& directory) {
@@ -221,7 +199,7 @@ void remove_stale_parts(const std::filesystem::path& directory) {
     for (std::filesystem::directory_iterator at(directory, error), end; !error && at != end;
          at.increment(error))
         if (is_part_name(at->path()))
-            remove_if_stale(at->path());
+            platform::remove_unless_held(at->path());
 }
 
 }  // namespace quelmar::tablemaker

@@ -36,8 +36,7 @@ public:
             }
         };
         {
-            std::vector<std::jthread> helpers;
-            start(helpers, run, chunk < total ? threads_ - 1 : 0);
+            const Helpers helpers(run, chunk < total ? threads_ - 1 : 0);
             run();
         }
         if (failure)
@@ -45,15 +44,29 @@ public:
     }
 
 private:
-    // Where the system gives no more threads the work is done by fewer.
-    template <typename F> static void start(std::vector<std::jthread>& helpers, const F& run, int count) {
-        try {
-            for (int i = 0; i < count; ++i)
-                helpers.emplace_back(run);
-        } catch (const std::system_error&) {
-            return;
+    // Threads that are joined when the object goes.
+    class Helpers {
+    public:
+        // Where the system gives no more threads the work is done by fewer.
+        template <typename F> Helpers(const F& run, int count) {
+            threads_.reserve(static_cast<std::size_t>(count));
+            try {
+                for (int i = 0; i < count; ++i)
+                    threads_.emplace_back(run);
+            } catch (const std::system_error&) {
+                return;
+            }
         }
-    }
+        Helpers(const Helpers&) = delete;
+        Helpers& operator=(const Helpers&) = delete;
+        ~Helpers() {
+            for (std::thread& thread : threads_)
+                thread.join();
+        }
+
+    private:
+        std::vector<std::thread> threads_;
+    };
 
     int threads_;
 };

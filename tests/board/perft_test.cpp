@@ -1,14 +1,15 @@
 // Published counts of the legal move tree, by both generators, and a walk that checks at every node what the
 // moves carry and what make and unmake keep up to date.
+#include "board/attacks.h"
 #include "board/check_maps.h"
+#include "board/consistency.h"
 #include "board/generate.h"
 #include "board/hash_keys.h"
 #include "board/make_move.h"
 #include "board/move_list.h"
-#include "board/move_text.h"
 #include "board/perft.h"
 #include "board/position.h"
-#include "eval/attacks.h"
+#include "protocol/move_text.h"
 #include "support/engine.h"
 
 #include <algorithm>

@@ -1,51 +1,32 @@
 #!/usr/bin/env python3
-"""Drives xboard by its keys, as a player does: by_hand.py QUELMAR. Exit status 77 when a program or library is missing.
+"""An xboard driven by its keys, as a player drives it: by_hand.py QUELMAR.
 
-The engine analyses, leaves the analysis and plays on to mate, takes the mate back, mates again, and analyses the
-position before the mate. A match does none of this.
+Each line of input is a key that is pressed with Control, or "<" for Alt and Left. Output is what xboard and the engine
+say to each other. xboard begins with the position of by_hand.fen.
 """
 
 import ctypes
 import ctypes.util
 import pathlib
 import re
-import shutil
-import subprocess
 import sys
 import tempfile
+import threading
 import time
 
 import xboard
-
-POSITION = "6k1/5ppp/8/8/8/8/8/R6K w - - 0 1"
-MATES = r"<first : move a1a8\n(?s:.*?)<first : 1-0 {Mate}"
-# A key with Control (none: the start; "<": Alt and Left), and what has to be said then.
-STEPS = (
-    ("", r">first : ping"),
-    ("a", r">first : analyze\n(?s:.*?)<first : 9 "),
-    ("e", r">first : exit\n>first : force"),
-    ("w", r">first : go\n(?s:.*?)" + MATES),
-    ("e", ""),
-    ("<", r">first : undo"),
-    ("w", r">first : go\n(?s:.*?)" + MATES),
-    ("e", ""),
-    ("<", r">first : undo"),
-    ("a", r">first : analyze\n(?s:.*?)<first : 9 "),
-    ("e", r">first : exit\n"),
-)
-PATIENCE = 30  # seconds for a step
 
 
 class Keyboard:
     """Types into the window that stands alone on the display at first, whatever opens over it later."""
 
-    def __init__(self, display: str) -> None:
+    def __init__(self, display):
         self.x11, self.test = (ctypes.CDLL(ctypes.util.find_library(name)) for name in ("X11", "Xtst"))
         self.x11.XOpenDisplay.restype = ctypes.c_void_p
         self.display = ctypes.c_void_p(self.x11.XOpenDisplay(display.encode()))
         self.window = 0
 
-    def press(self, key: str) -> None:
+    def press(self, key):
         if not self.window:
             self.test.XTestFakeMotionEvent(self.display, -1, 100, 100, 0)
             root, child, unused = (ctypes.c_ulong(), ctypes.c_ulong(), ctypes.byref(ctypes.c_int()))
@@ -60,53 +41,29 @@ class Keyboard:
         self.x11.XFlush(self.display)
 
 
-def conversation(log: pathlib.Path) -> str:
-    return re.sub(r"^\d+ (?=[<>])", "", log.read_text(errors="replace"), flags=re.M) if log.exists() else ""
-
-
-def drive(keyboard: Keyboard, log: pathlib.Path) -> None:
-    begin = 0
-    for number, (key, wanted) in enumerate(STEPS):
-        if key:
-            time.sleep(0.5)  # until the window takes keys again
-            keyboard.press(key)
-        deadline = time.monotonic() + PATIENCE
-        while not (found := re.compile(wanted).search(conversation(log), begin)):
-            if time.monotonic() > deadline:
-                raise xboard.Trouble(f"step {number}: no {wanted!r} in\n{conversation(log)[begin:][-1500:]}")
+def tell(log):
+    """Copies the conversation, without its times, as it comes."""
+    while not log.exists():
+        time.sleep(0.1)
+    with open(log, errors="replace") as conversation:
+        while True:
+            print(re.sub(r"^\d+ (?=[<>])", "", conversation.read(), flags=re.MULTILINE), end="", flush=True)
             time.sleep(0.1)
-        begin = found.end()
-    if "Illegal" in conversation(log):
-        raise xboard.Trouble(conversation(log))
 
 
-def main() -> int:
-    if (not all(shutil.which(program, path=xboard.SEARCH_PATH) for program in ("xboard", "Xvfb"))
-            or not ctypes.util.find_library("Xtst")):
-        print("skipped: needs xboard, Xvfb and libXtst")
-        return xboard.SKIPPED
-    xboard.adopt_orphans()
-    with tempfile.TemporaryDirectory(prefix="quelmar-keys-") as scratch:
-        home = pathlib.Path(scratch)
-        (home / "start.fen").write_text(POSITION + "\n")
-        environment = xboard.private_environment(home)
-        try:
-            environment["DISPLAY"] = xboard.start_display(home, environment)
-            subprocess.Popen(
-                ["xboard", "-fcp", pathlib.Path(sys.argv[1]).absolute(), "-debugMode", "true", "-nameOfDebugFile",
-                 home / "debug.log", "-loadPositionFile", home / "start.fen", "-popupMoveErrors", "false",
-                 "-popupExitMessage", "false", "-saveSettingsOnExit", "false"],
-                env=environment, cwd=scratch, preexec_fn=xboard.die_with_parent, stdin=subprocess.DEVNULL,
-                stderr=subprocess.DEVNULL)
-            drive(Keyboard(environment["DISPLAY"]), home / "debug.log")
-        except xboard.Trouble as reason:
-            print(reason)
-            return 1
-        finally:
-            xboard.end_descendants()
-    print("xboard was driven through all steps")
-    return 0
+def main():
+    if xboard.missing_programs("xboard", "Xvfb") or not ctypes.util.find_library("Xtst"):
+        sys.exit("skipped: needs xboard, Xvfb and libXtst")
+    with tempfile.TemporaryDirectory(prefix="quelmar-keys-") as scratch, xboard.display(scratch) as environment:
+        log = pathlib.Path(scratch, "debug.log")
+        xboard.start(["xboard", "-fcp", sys.argv[1], "-debugMode", "true", "-nameOfDebugFile", log, "-loadPositionFile",
+                      pathlib.Path(__file__).with_suffix(".fen"), "-popupMoveErrors", "false", "-popupExitMessage",
+                      "false", "-saveSettingsOnExit", "false"], environment, cwd=scratch)
+        threading.Thread(target=tell, args=(log,), daemon=True).start()
+        keyboard = Keyboard(environment["DISPLAY"])
+        for line in sys.stdin:
+            time.sleep(0.5)  # until the window takes keys again
+            keyboard.press(line.strip())
 
 
-if __name__ == "__main__":
-    sys.exit(main())
+main()

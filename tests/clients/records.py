@@ -2,10 +2,12 @@
 
 import pathlib
 import re
+import sys
 from collections import Counter
 from dataclasses import dataclass, field
 
-import replay
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "sessions"))
+from board import START_FEN, Board  # noqa: E402
 
 # The comments in front of a result that tell of an end by the rules (claimed by an engine and checked by xboard, or
 # found by xboard), or of a side that gave up. All others (lost on time, an illegal move, a false claim, an engine that
@@ -23,9 +25,8 @@ RESULTS = ("1-0", "0-1", "1/2-1/2")
 # What no engine may say and xboard may not have to say about one. Some engines take "computer" for a move.
 ALARMS = re.compile(r"Illegal move(?!: computer)|Forfeit|exited unexpectedly|Sanitizer|runtime error:|\*\*\* "
                     r"|Error in EPD|not supported by|rejected by")
-SPOKEN = re.compile(r"(\d+) ([<>])(first |second): ?")
-MOVE_MADE = re.compile(r"(?:move|My move is :) (\S+)")
-MOVE_SENT = re.compile(r"usermove|go$|[a-h][1-8][a-h][1-8]|O-O")
+SPOKEN = re.compile(r"\d+ [<>](first |second): ?")
+MOVE_MADE = re.compile(r"^\d+ <(?:first |second): ?(?:move|My move is :) (\S+)", re.MULTILINE)
 
 
 @dataclass
@@ -45,23 +46,12 @@ class Game:
         even then and scores the claim as a loss."""
         if self.reason != "False draw claim: 'Material'":
             return False
-        men = replay.men_left(self.tags.get("FEN", replay.START_FEN), self.moves)
+        board = Board(self.tags.get("FEN", START_FEN))
+        for move in self.moves:
+            board.play(move)
+        men = "".join(board.men.values())
         return (not re.search("[PRQprq]", men) and len(re.findall("[NB]", men)) <= 1
                 and len(re.findall("[nb]", men)) <= 1)
-
-
-@dataclass
-class Clock:
-    """What an engine did with its time, in milliseconds; the machine's delays are in it."""
-    longest_think: int = 0
-    least_left: int | None = None
-    moves: int = 0
-
-
-@dataclass
-class Verdict:
-    games: list[Game]
-    failures: list[str] = field(default_factory=list)
 
 
 def parse_games(text: str) -> list[Game]:
@@ -80,92 +70,44 @@ def parse_games(text: str) -> list[Game]:
     return games
 
 
-def spoken_lines(log: str):
-    """(milliseconds, "first" or "second", whether the engine said it, text) for all that was said in the debug log."""
-    for line in log.splitlines():
-        # A command that xboard writes in two pieces stands in one line of the log with two time stamps.
-        pieces = list(SPOKEN.finditer(line))
-        if pieces and pieces[0].start() == 0:
-            text = SPOKEN.sub("", line)
-            yield int(pieces[-1][1]), pieces[0][3].strip(), pieces[0][2] == "<", text
-
-
-def note_conversations(games: list[Game], log: str) -> None:
-    parts = re.split(r"^New game \(\d+\): ", log, flags=re.MULTILINE)[1:]
-    for game, part in zip(games, parts):
+def note_conversations(games, log):
+    for game, part in zip(games, re.split(r"^New game \(\d+\): ", log, flags=re.MULTILINE)[1:]):
         spoken = part.partition("\nGameEnds(")[0].splitlines()
         game.last_words = [line for line in spoken if SPOKEN.match(line)][-LAST_WORDS:]
-        made = (MOVE_MADE.match(text) for _, _, from_engine, text in spoken_lines(part) if from_engine)
-        game.moves = [found[1] for found in made if found]
+        game.moves = MOVE_MADE.findall(part)
 
 
-def use_of_clocks(log: str) -> dict[str, Clock]:
-    clocks = {"first": Clock(), "second": Clock()}
-    left: dict[str, int] = {}
-    since: dict[str, int] = {}
-    for stamp, name, from_engine, text in spoken_lines(log):
-        if not from_engine and text.startswith("time "):
-            left[name] = int(text[5:]) * 10
-        elif not from_engine and MOVE_SENT.match(text):
-            since[name] = stamp
-        elif from_engine and MOVE_MADE.match(text) and name in since and name in left:
-            clock, thought = clocks[name], stamp - since.pop(name)
-            clock.moves += 1
-            clock.longest_think = max(clock.longest_think, thought)
-            remaining = left[name] - thought
-            clock.least_left = remaining if clock.least_left is None else min(clock.least_left, remaining)
-    return clocks
-
-
-def alarms(log: str, limit: int = 10) -> list[str]:
+def alarms(name, text, limit=10):
     """Lines that must not occur, each with the line before it. The thinking of an engine never matches."""
-    lines = log.splitlines()
-    found = []
-    for number, line in enumerate(lines):
-        if ALARMS.search(line):
-            before = lines[number - 1] if number else ""
-            found.append(f"debug.log:{number + 1}: {before} | {line}")
-    return found[:limit]
+    lines = ["", *text.splitlines()]
+    return [f"{name}:{number}: {lines[number - 1]} | {line}" for number, line in enumerate(lines)
+            if ALARMS.search(line)][:limit]
 
 
-def opponent_lost_on_time(number: int, game: Game) -> bool:
+def opponent_lost_on_time(number, game):
     """Whether the second engine overstepped its time: that is its own affair, or the machine's."""
-    winner = re.match(r"(White|Black) wins on time", game.reason)
     # xboard alternates colours and lets the first engine begin with White.
-    return bool(winner) and winner[1] == ("White" if number % 2 else "Black")
+    return game.reason.startswith(("Black", "White")[number % 2] + " wins on time")
 
 
-def judge(folder: pathlib.Path, expected_games: int, against_itself: bool) -> Verdict:
-    pgn, log, messages = (folder / name for name in ("games.pgn", "debug.log", "xboard.err"))
-    games = parse_games(pgn.read_text(errors="replace")) if pgn.exists() else []
-    note_conversations(games, log.read_text(errors="replace") if log.exists() else "")
-    verdict = Verdict(games)
-    if len(games) != expected_games:
-        verdict.failures.append(f"{len(games)} games instead of {expected_games}")
+def judge(folder, expected_games, against_itself):
+    """The games, and what is wrong with them."""
+    texts = {path.name: path.read_text(errors="replace") for path in folder.iterdir() if path.is_file()}
+    games = parse_games(texts.get("games.pgn", ""))
+    note_conversations(games, texts.get("debug.log", ""))
+    failures = [] if len(games) == expected_games else [f"{len(games)} games instead of {expected_games}"]
     for number, game in enumerate(games, 1):
         if not game.ended_by_rules() and (against_itself or not opponent_lost_on_time(number, game)):
-            verdict.failures.append(f"game {number} (White: {game.tags.get('White')}): {game.result} {{{game.reason}}}")
-            verdict.failures += ["    " + line for line in game.last_words]
-    if log.exists():
-        verdict.failures += alarms(log.read_text(errors="replace"))
-    if messages.exists():
-        verdict.failures += ["xboard.err: " + line for line in messages.read_text(errors="replace").splitlines()
-                             if ALARMS.search(line)]
-    return verdict
+            failures.append(f"game {number} (White: {game.tags.get('White')}): {game.result} {{{game.reason}}}")
+            failures += ["    " + line for line in game.last_words]
+    for name in ("debug.log", "xboard.err"):
+        failures += alarms(name, texts.get(name, ""))
+    return games, failures
 
 
-def summary(folder: pathlib.Path, games: list[Game]) -> str:
-    log = folder / "debug.log"
-    clocks = use_of_clocks(log.read_text(errors="replace")) if log.exists() else {}
+def summary(games):
     reasons = Counter(f"{game.result} {{{game.reason}}}" for game in games)
     plies = sorted(game.plies for game in games) or [0]
     lines = [f"{count:6}  {reason}" for reason, count in sorted(reasons.items())]
-    lines.append(f"{sum(game.result == '1-0' for game in games):6}  White wins, "
-                 f"{sum(game.result == '0-1' for game in games)} Black wins, "
-                 f"{sum(game.result == '1/2-1/2' for game in games)} draws")
-    lines.append(f"{plies[0]:6}  plies in the shortest game, {plies[len(plies) // 2]} in the middle one, "
-                 f"{plies[-1]} in the longest")
-    for name, clock in clocks.items():
-        lines.append(f"{clock.moves:6}  moves of the {name} engine, longest thought {clock.longest_think} ms, "
-                     f"least time left {clock.least_left} ms")
+    lines.append(f"{plies[0]:6}  plies in the shortest game, {plies[-1]} in the longest")
     return "\n".join(lines)

@@ -8,6 +8,7 @@ Nothing of the user is read or written, and nothing outlives a match: this proce
 engines whose xboard has died are found and ended too.
 """
 
+import contextlib
 import ctypes
 import os
 import pathlib
@@ -17,206 +18,128 @@ import subprocess
 import sys
 import tempfile
 import time
-from dataclasses import dataclass, field
 
 SKIPPED = 77  # exit status by which CTest knows a test that could not run
 PR_SET_PDEATHSIG, PR_SET_CHILD_SUBREAPER = 1, 36
 SCREEN = "1024x768x24"
 # Debian installs xboard and the engines where the PATH of a service often does not look.
 SEARCH_PATH = os.environ.get("PATH", os.defpath) + os.pathsep + "/usr/games"
+LONG_GAME = 300  # moves
+SILENCE = 45  # seconds without a word from either engine, beyond their clocks, that mean an end
 
 
 class Trouble(Exception):
     """The match could not be played to its end."""
 
 
-@dataclass
-class Engine:
-    command: str
-    is_uci: bool = False
-
-
-@dataclass
-class Match:
-    first: Engine
-    second: Engine
-    games: int
-    seconds: int = 1  # xboard's clocks start at whole seconds
-    increment: float = 0.0  # seconds per move; not used with moves_per_control
-    moves_per_control: int = 0  # the seconds are for so many moves each time; 0: for the game
-    variant: str = "normal"
-    starts: list[str] = field(default_factory=list)  # FENs, one per game; empty: the usual start position
-    opening: str = ""  # a game in PGN; every game goes on from its end
-    adjudicate: bool = False  # xboard ends games at mate and draws; otherwise the engines have to claim
-    ponder: bool = False
-    flags: bool = True  # a side that oversteps its time loses
-    screenshot_after: float = 0.0  # seconds into the match; 0: none
-    settings: str = ""  # lines of the "quelmar.ini" in the engines' working directory
-    xboard_options: list[str] = field(default_factory=list)
-
-    def time_limit(self) -> float:
-        """Seconds after which even a match of very long games has ended."""
-        long_game = 300  # moves
-        spans = 1 + long_game / self.moves_per_control if self.moves_per_control else 1
-        per_side = self.seconds * spans + max(self.increment, 0.1) * long_game
-        return 60 + self.games * (2 * per_side + 10)
-
-    def silence_limit(self) -> float:
-        """Seconds without a word from either engine that no clock allows."""
-        return 45 + self.seconds + self.increment
-
-
-def missing_programs(match: Match) -> list[str]:
-    programs = ["xboard", "Xvfb", match.second.command.split()[0]]
-    if match.first.is_uci or match.second.is_uci:
-        programs.append("polyglot")  # by which xboard speaks to UCI engines
+def missing_programs(*programs):
     return [program for program in programs if not shutil.which(program, path=SEARCH_PATH)]
 
 
-def descendants(process: int) -> list[int]:
-    children: dict[int, list[int]] = {}
-    for entry in pathlib.Path("/proc").iterdir():
-        if entry.name.isdigit():
-            try:
-                # The name in parentheses may hold blanks; the parent is the second field behind it.
-                parent = int((entry / "stat").read_text().rpartition(")")[2].split()[1])
-            except (OSError, ValueError, IndexError):
-                continue
-            children.setdefault(parent, []).append(int(entry.name))
-    found = list(children.get(process, []))
-    for child in found:
-        found.extend(children.get(child, []))
-    return found
+def descendants(process):
+    # A process may end while it is looked at.
+    with contextlib.suppress(OSError):
+        children = pathlib.Path(f"/proc/{process}/task/{process}/children").read_text().split()
+        return children + [below for child in children for below in descendants(child)]
+    return []
 
 
-def adopt_orphans() -> None:
-    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
-
-
-def die_with_parent() -> None:
-    """Runs in a new child: even when this process is killed, the child ends (and with xboard its engines)."""
-    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL, 0, 0, 0)
-
-
-def end_descendants() -> None:
+def end_descendants():
     """Ends every process below this one, first politely."""
     for sign, patience in ((signal.SIGTERM, 2.0), (signal.SIGKILL, 5.0)):
         for process in descendants(os.getpid()):
-            try:
-                os.kill(process, sign)
-            except ProcessLookupError:
-                pass
+            with contextlib.suppress(ProcessLookupError):
+                os.kill(int(process), sign)
         deadline = time.monotonic() + patience
         while time.monotonic() < deadline and descendants(os.getpid()):
-            try:
+            with contextlib.suppress(ChildProcessError):
                 while os.waitpid(-1, os.WNOHANG)[0]:
                     pass
-            except ChildProcessError:
-                return
             time.sleep(0.02)
 
 
-def private_environment(home: pathlib.Path) -> dict[str, str]:
-    return {
-        "PATH": SEARCH_PATH,
-        "HOME": str(home),
-        "XDG_CONFIG_HOME": str(home / ".config"),
-        "XDG_RUNTIME_DIR": str(home),
-        "LC_ALL": "C",
-        "NO_AT_BRIDGE": "1",  # no accessibility bus
-        "GIO_USE_VFS": "local",
-    }
+def start(command, environment, messages=subprocess.DEVNULL, **options):
+    """Starts a child that ends (and xboard with its engines) even when this process is killed."""
+    return subprocess.Popen(
+        command, env=environment, stdin=subprocess.DEVNULL, stdout=messages, stderr=messages,
+        preexec_fn=lambda: ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGKILL, 0, 0, 0), **options)
 
 
-def start_display(folder: pathlib.Path, environment: dict[str, str]) -> str:
-    """Starts a virtual screen whose picture is kept in a file of `folder`; returns the display's name."""
+@contextlib.contextmanager
+def display(home):
+    """An environment with a virtual screen and `home`; at its end all processes below this one end."""
+    ctypes.CDLL(None).prctl(PR_SET_CHILD_SUBREAPER, 1, 0, 0, 0)
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit("terminated"))  # so that the children are ended first
+    # No accessibility bus, no virtual file systems.
+    environment = {"PATH": SEARCH_PATH, "HOME": str(home), "XDG_CONFIG_HOME": f"{home}/.config", "LC_ALL": "C",
+                   "XDG_RUNTIME_DIR": str(home), "NO_AT_BRIDGE": "1", "GIO_USE_VFS": "local"}
     read_end, write_end = os.pipe()
-    subprocess.Popen(
-        ["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN, "-nolisten", "tcp", "-fbdir", str(folder)],
-        pass_fds=[write_end], env=environment, preexec_fn=die_with_parent, stdin=subprocess.DEVNULL,
-        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    os.close(write_end)
-    with os.fdopen(read_end) as pipe:
-        number = pipe.readline().strip()  # the end of the file, if Xvfb gives up
-    if not number:
-        raise Trouble("Xvfb does not start")
-    return ":" + number
+    try:
+        start(["Xvfb", "-displayfd", str(write_end), "-screen", "0", SCREEN, "-nolisten", "tcp"], environment,
+              pass_fds=[write_end])
+        os.close(write_end)
+        with os.fdopen(read_end) as pipe:
+            number = pipe.readline().strip()  # the end of the file, if Xvfb gives up
+        if not number:
+            raise Trouble("Xvfb does not start")
+        yield environment | {"DISPLAY": ":" + number}
+    finally:
+        end_descendants()
 
 
-def xboard_command(match: Match, folder: pathlib.Path, engine_folder: pathlib.Path) -> list[str]:
-    minutes, seconds = divmod(match.seconds, 60)
-    flag = lambda value: "true" if value else "false"
-    command = [
-        "xboard", "-matchGames", str(match.games), "-matchPause", "100",
-        "-fcp", match.first.command, "-fd", str(engine_folder), "-scp", match.second.command, "-sd", str(engine_folder),
-        "-variant", match.variant, "-timeControl", f"{minutes}:{seconds:02}",
-        "-saveGameFile", str(folder / "games.pgn"),
-        "-debugMode", "true", "-nameOfDebugFile", str(folder / "debug.log"),
-        "-autoCallFlag", flag(match.flags), "-testClaims", "true",
-        "-checkMates", flag(match.adjudicate), "-materialDraws", flag(match.adjudicate),
-        "-repeatsToDraw", "3" if match.adjudicate else "0", "-ruleMoves", "50" if match.adjudicate else "0",
-        "-ponderNextMove", flag(match.ponder), "-showThinking", "true",
-        "-saveSettingsOnExit", "false", "-popupExitMessage", "false", "-popupMoveErrors", "false", "-soundMove", "",
-    ]
-    if match.screenshot_after:
-        command += ["-animateMoving", "false"]
-    else:
-        command += ["-noGUI"]  # drawing takes tens of milliseconds per move, off the clock of the side to move
-    if match.moves_per_control:
-        command += ["-movesPerSession", str(match.moves_per_control), "-timeIncrement", "-1"]
-    else:
-        command += ["-timeIncrement", str(match.increment)]
+def options_of(match, folder, engine_folder):
+    """What xboard is told; `match` holds the options of match.py."""
+    texts = {
+        "matchGames": match.games, "matchPause": 100, "variant": match.variant, "fcp": match.first, "scp": match.second,
+        "fd": engine_folder, "sd": engine_folder, "saveGameFile": folder / "games.pgn",
+        "nameOfDebugFile": folder / "debug.log", "soundMove": "",
+        "timeControl": f"{match.seconds // 60}:{match.seconds % 60:02}",
+        "timeIncrement": -1 if match.moves else match.increment,
+        "repeatsToDraw": 3 if match.adjudicate else 0, "ruleMoves": 50 if match.adjudicate else 0,
+    }
+    switches = {
+        "debugMode": True, "testClaims": True, "showThinking": True, "autoCallFlag": not match.no_flags,
+        "checkMates": match.adjudicate, "materialDraws": match.adjudicate, "ponderNextMove": match.ponder,
+        "firstIsUCI": match.first_uci, "secondIsUCI": match.second_uci,
+        "saveSettingsOnExit": False, "popupExitMessage": False, "popupMoveErrors": False,
+    }
+    if match.moves:
+        texts["movesPerSession"] = match.moves
     if match.starts:
-        starts = folder / "starts.fen"
-        starts.write_text("".join(fen + "\n" for fen in match.starts))
-        command += ["-loadPositionFile", str(starts), "-loadPositionIndex", "-1"]  # the next one for every game
+        (folder / "starts.fen").write_text("".join(fen + "\n" for fen in match.starts))
+        texts |= {"loadPositionFile": folder / "starts.fen", "loadPositionIndex": -1}  # the next one for every game
     if match.opening:
-        opening = folder / "opening.pgn"
-        opening.write_text(match.opening)
-        command += ["-loadGameFile", str(opening), "-loadGameIndex", "1", "-timeDelay", "0"]
-    for prefix, engine in (("first", match.first), ("second", match.second)):
-        if engine.is_uci:
-            command += [f"-{prefix}IsUCI", "true"]
-    return command + match.xboard_options
+        texts |= {"loadGameFile": match.opening.absolute(), "loadGameIndex": 1, "timeDelay": 0}
+    texts |= {name: str(value).lower() for name, value in switches.items()}
+    # Drawing takes tens of milliseconds per move, off the clock of the side to move.
+    return ["-noGUI", *(word for name, value in texts.items() for word in ("-" + name, str(value))), *match.xboard]
 
 
-def wait_for_end(xboard: subprocess.Popen, match: Match, folder: pathlib.Path, screen: pathlib.Path) -> None:
-    log = folder / "debug.log"
+def wait_for_end(xboard, match, log):
+    """Even a match of very long games ends in time, and clocks allow only so much silence."""
+    spans = 1 + LONG_GAME / match.moves if match.moves else 1
+    longest = 60 + match.games * (2 * (match.seconds * spans + max(match.increment, 0.1) * LONG_GAME) + 10)
+    silence = SILENCE + match.seconds + match.increment
     started = heard = time.monotonic()
     size = 0
-    pictured = match.screenshot_after == 0
     while xboard.poll() is None:
         time.sleep(0.1)
         now = time.monotonic()
         if log.exists() and log.stat().st_size != size:
             size, heard = log.stat().st_size, now
-        if not pictured and now - started > match.screenshot_after:
-            shutil.copyfile(screen, folder / "screen.xwd")
-            pictured = True
-        if now - heard > match.silence_limit():
-            raise Trouble(f"no word from either engine for {match.silence_limit():.0f} seconds")
-        if now - started > match.time_limit():
-            raise Trouble(f"not ended within {match.time_limit():.0f} seconds")
+        if now - heard > silence:
+            raise Trouble(f"no word from either engine for {silence:.0f} seconds")
+        if now - started > longest:
+            raise Trouble(f"not ended within {longest:.0f} seconds")
 
 
-def play(match: Match, folder: pathlib.Path) -> None:
+def play(match, folder):
     """Plays the match and leaves its records in `folder`, which must exist and hold no older ones. Raises Trouble when
     it did not come to its end; the records are then what there is."""
-    adopt_orphans()
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit("terminated"))  # so that the children are ended first
-    with tempfile.TemporaryDirectory(prefix="quelmar-match-") as scratch:
-        home = pathlib.Path(scratch) / "home"
-        engine_folder = pathlib.Path(scratch) / "engines"
-        home.mkdir(mode=0o700)
+    with tempfile.TemporaryDirectory(prefix="quelmar-match-") as scratch, display(scratch) as environment:
+        engine_folder = pathlib.Path(scratch, "engines")
         engine_folder.mkdir()
-        (engine_folder / "quelmar.ini").write_text(match.settings)
-        environment = private_environment(home)
-        try:
-            environment["DISPLAY"] = start_display(pathlib.Path(scratch), environment)
-            with open(folder / "xboard.err", "w") as messages:
-                xboard = subprocess.Popen(xboard_command(match, folder, engine_folder), env=environment, cwd=scratch,
-                                          preexec_fn=die_with_parent, stdin=subprocess.DEVNULL, stdout=messages,
-                                          stderr=messages)
-                wait_for_end(xboard, match, folder, pathlib.Path(scratch) / "Xvfb_screen0")
-        finally:
-            end_descendants()
+        (engine_folder / "quelmar.ini").write_text("".join(line + "\n" for line in match.setting))
+        with open(folder / "xboard.err", "w") as messages:
+            command = ["xboard", *options_of(match, folder, engine_folder)]
+            wait_for_end(start(command, environment, messages, cwd=scratch), match, folder / "debug.log")

@@ -6,10 +6,10 @@
 
 import pathlib
 import re
-import shutil
-import subprocess
 import sys
-import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "sessions"))
+from engine import Engine  # noqa: E402
 
 LONGEST_INI_LINE = 79  # characters that the engine reads at once
 
@@ -21,7 +21,7 @@ def read(path):
 def described(page):
     """What the page's lists have a paragraph for."""
     items = set()
-    for line in re.findall(r"^\.It (?:Ic|Cm|Fl) (.*)", read(page), re.MULTILINE):
+    for line in re.findall(r"^\.It (?:Ic|Cm|Fl) (.*)", page, re.MULTILINE):
         for part in line.replace("\\&", "").split(" , "):
             name = re.sub(r"^(?:Ic|Cm) | (?:Ar|Op|Pq|Po|Ns|Cm|Oo)\b.*", "", part)
             items.add(re.sub(r"^-", "--", name))
@@ -30,8 +30,7 @@ def described(page):
 
 def mentioned(page):
     """The words of commands in running text."""
-    lines = re.findall(r"^(?:\.(?:Ic|Cm)) (.*)", read(page), re.MULTILINE)
-    return {word.strip() for line in lines for word in line.split(" , ")}
+    return {word.strip() for line in re.findall(r"^\.(?:Ic|Cm) (.*)", page, re.MULTILINE) for word in line.split(" , ")}
 
 
 def table_words(source, table):
@@ -41,89 +40,75 @@ def table_words(source, table):
 
 
 def said_by(program, text=""):
-    with tempfile.TemporaryDirectory() as folder:
-        ran = subprocess.run([program], input=text, capture_output=True, text=True, timeout=60, cwd=folder,
-                             check=False)
-    return ran.stdout + ran.stderr
+    with Engine(program) as engine:
+        engine.send(text)
+        engine.exit_status()
+        return "\n".join(engine.seen) + engine.complaints()
 
 
 def option_names(program):
     return re.findall(r"^option name (.*?) type ", said_by(program, "uci\nquit\n"), re.MULTILINE)
 
 
-def missing(page, names, words, what):
-    if not names:
-        return [f"{page.name}: no {what} found in the program, the check is blind"]
-    return [f"{page.name}: {what} '{name}' is missing" for name in names if name not in words]
-
-
 def check_manuals(root, programs):
-    protocol, first = root / "src/protocol", root / "man/quelmar.6"
+    protocol = root / "src/protocol"
     keys = table_words(protocol / "config_file.cpp", "KEYS")
-    accepted = [re.sub(r" value.*", "", text) for text in table_words(protocol / "uci_options.cpp", "ACCEPTED")]
-    faults = missing(first, keys, described(first), "key")
-    faults += missing(first, option_names(programs["quelmar"]) + accepted, described(first), "option")
-    # "nopo" is what "nopost" begins with.
-    commands = [word + "st" if word == "nopo" else word for word in table_words(protocol / "xboard.cpp", "COMMANDS")]
-    faults += missing(first, commands, described(first), "xboard command")
-    faults += missing(first, table_words(protocol / "uci.cpp", "COMMANDS"), mentioned(first), "UCI command")
-
-    second, third = root / "man/quelmar-uci.6", root / "man/tbmake.6"
-    faults += missing(second, option_names(programs["quelmar-uci"]), described(second), "option")
-    faults += missing(second, table_words(protocol / "standard_uci.cpp", "COMMANDS"),
-                      {name.split()[0] for name in described(second)}, "command")
-    faults += missing(second, table_words(protocol / "standard_go.cpp", "KEYWORDS"), mentioned(second), "limit")
+    first, second, third = (read(root / f"man/{name}.6") for name in ("quelmar", "quelmar-uci", "tbmake"))
     usage = said_by(programs["tbmake"])
-    faults += missing(third, re.findall(r"tbmake ([a-z-]+)", usage), described(third), "command")
-    faults += missing(third, re.findall(r"--[a-z]+", usage), described(third), "option")
-    return faults + check_example_settings(root / "packaging/quelmar.ini", keys)
-
-
-def check_example_settings(example, keys):
-    lines = read(example).splitlines()
-    shown = [line[1:].split()[0] for line in lines if re.match(r";\S", line)]
-    faults = [f"{example.name}: line {number} is too long" for number, line in enumerate(lines, 1)
-              if len(line) > LONGEST_INI_LINE]
-    return faults + [f"{example.name}: key '{key}' is not shown once" for key in keys if shown.count(key) != 1]
+    settings = read(root / "packaging/quelmar.ini")
+    shown = re.findall(r"^;(\S+)", settings, re.MULTILINE)
+    wanted = (  # what, where, the names in the program, the words there
+        ("key", "quelmar.6", keys, described(first)),
+        ("option", "quelmar.6", option_names(programs["quelmar"]), described(first)),
+        ("option", "quelmar.6", [re.sub(r" value.*", "", text) for text in
+                                 table_words(protocol / "uci_options.cpp", "ACCEPTED")], described(first)),
+        # "nopo" is what "nopost" begins with.
+        ("xboard command", "quelmar.6", [re.sub("^nopo$", "nopost", word) for word in
+                                         table_words(protocol / "xboard.cpp", "COMMANDS")], described(first)),
+        ("UCI command", "quelmar.6", table_words(protocol / "uci.cpp", "COMMANDS"), mentioned(first)),
+        ("option", "quelmar-uci.6", option_names(programs["quelmar-uci"]), described(second)),
+        ("command", "quelmar-uci.6", table_words(protocol / "standard_uci.cpp", "COMMANDS"),
+         {name.split()[0] for name in described(second)}),
+        ("limit", "quelmar-uci.6", table_words(protocol / "standard_go.cpp", "KEYWORDS"), mentioned(second)),
+        ("command", "tbmake.6", re.findall(r"tbmake ([a-z-]+)", usage), described(third)),
+        ("option", "tbmake.6", re.findall(r"--[a-z]+", usage), described(third)),
+        ("key", "quelmar.ini", keys, shown),
+    )
+    faults = [f"{page}: {what} '{name}' is missing" for what, page, names, words in wanted for name in names
+              if name not in words]
+    faults += [f"{page}: no {what} found in the program, the check is blind" for what, page, names, _ in wanted
+               if not names]
+    faults += [f"quelmar.ini: too long: {line}" for line in settings.splitlines() if len(line) > LONGEST_INI_LINE]
+    return faults + [f"quelmar.ini: key '{key}' is shown twice" for key in keys if shown.count(key) > 1]
 
 
 def check_paths(root):
     """Paths that documents name exist, those with * match something, and so do links."""
     faults = []
     for page in [*root.glob("*.md"), *root.glob("docs/*.md")]:
-        text = read(page)
-        paths = re.findall(r"(?:src|tests|tools|docs|man|packaging|cmake|bench|fuzz|\.ci)/[\w./*-]*[\w/]", text)
-        links = [(page.parent / link).relative_to(root) for link in re.findall(r"\]\(([^):#]+)\)", text)]
-        for path in {str(path) for path in [*paths, *links]}:
-            if not list(root.glob(path.rstrip("/"))):
-                faults.append(f"{page.relative_to(root)}: there is no {path}")
+        paths = re.findall(r"(?:src|tests|tools|docs|man|packaging|cmake|fuzz|\.ci)/[\w./*-]*[\w/]", read(page))
+        paths += [page.parent.relative_to(root) / link for link in re.findall(r"\]\(([^):#]+)\)", read(page))]
+        faults += [f"{page.name}: there is no {path}" for path in sorted({str(path) for path in paths})
+                   if not list(root.glob(path.rstrip("/")))]
     return faults
-
-
-def called_in(source, function):
-    body = re.search(rf"\b{function}\([^;{{]*\) \{{\n(.*?)\n\}}\n", read(source), re.DOTALL)
-    return re.findall(r"\b([a-z_]\w+)(?:<\w+>)?\(", body[1]) if body else []
 
 
 def check_order(page, heading, source, function):
     """The functions that open the points of a numbered list are called in that order."""
     section = read(page).split(f"## {heading}", 1)[-1].split("\n## ", 1)[0]
+    body = re.search(rf"\b{function}\([^;{{]*\) \{{\n(.*?)\n\}}\n", read(source), re.DOTALL)
+    calls = iter(re.findall(r"\b([a-z_]\w+)(?:<\w+>)?\(", body[1]) if body else ())
     named = re.findall(r"^\d+\. `(\w+)`", section, re.MULTILINE)
-    called = called_in(source, function)
-    at, faults = 0, []
-    for name in named:
-        if name in called[at:]:
-            at = called.index(name, at) + 1
-        else:
-            faults.append(f"{page.name}: {function} does not call {name} there")
-    return faults if named else [f"{page.name}: no list under '{heading}'"]
+    if not named:
+        return [f"{page.name}: no list under '{heading}'"]
+    # Looking for a name uses up the calls before it.
+    return [f"{page.name}: {function} does not call {name} there" for name in named if name not in calls][:1]
 
 
 def check_orders(root):
     search, evaluation = root / "docs/search.md", root / "docs/evaluation.md"
-    node, quiescence = root / "src/search/node.cpp", root / "src/search/quiescence.cpp"
-    return (check_order(search, "The rules of a node", node, "Score search") +
-            check_order(search, "Quiescence", quiescence, "Score qsearch") +
+    return (check_order(search, "The rules of a node", root / "src/search/node.cpp", "Score search") +
+            check_order(search, "Quiescence", root / "src/search/quiescence.cpp", "Score qsearch") +
             check_order(evaluation, "The driver", root / "src/eval/evaluate.cpp", "int evaluate_with"))
 
 
@@ -136,15 +121,11 @@ def check_session(root, program):
     """What the README's first session shows is what the engine answers."""
     session = re.search(r"## A first session.*?\n {4}\$ \./start\n(.*?)\n\n(?! )", read(root / "README.md"), re.DOTALL)
     commands = table_words(root / "src/protocol/xboard.cpp", "COMMANDS")
-    with tempfile.TemporaryDirectory() as folder, subprocess.Popen(
-            [program], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1, cwd=folder) as engine:
+    with Engine(program) as engine:
         for line in session[1].splitlines() if session else ["no session"]:
             if line.strip().split(" ")[0] in commands:
-                engine.stdin.write(line.strip() + "\n")
-                continue
-            said = engine.stdout.readline()
-            if without_time(said) != without_time(line):
-                engine.kill()
+                engine.say(line.strip())
+            elif without_time(said := engine.line() or "") != without_time(line):
                 return [f"README.md: the session shows '{line.strip()}', the engine says '{said.strip()}'"]
     return []
 
@@ -161,23 +142,11 @@ def check_names(root):
     return faults
 
 
-def check_formatting(root):
-    faults = []
-    for command in (["mandoc", "-T", "lint", "-W", "warning"], ["groff", "-mandoc", "-ww", "-z"]):
-        if not shutil.which(command[0]):
-            print(f"documents: {command[0]} is not installed, pages are not checked with it")
-            continue
-        for page in sorted(root.glob("man/*.6")):
-            ran = subprocess.run([*command, str(page)], capture_output=True, text=True, check=False)
-            faults += (ran.stdout + ran.stderr).splitlines()
-    return faults
-
-
 def main():
     root = pathlib.Path(sys.argv[1]).resolve()
     programs = {pathlib.Path(path).name: str(pathlib.Path(path).resolve()) for path in sys.argv[2:]}
     faults = (check_manuals(root, programs) + check_paths(root) + check_orders(root) + check_names(root) +
-              check_session(root, programs["quelmar"]) + check_formatting(root))
+              check_session(root, programs["quelmar"]))
     print("\n".join(faults) or "documents: agree with the programs")
     return 1 if faults else 0
 

@@ -1,15 +1,13 @@
-// The evaluation as a whole: symmetry, signature, by-products, attack maps.
+// The evaluation as a whole: symmetry, signature, boards that no game reaches.
 #include "board/make_move.h"
 #include "board/setup.h"
-#include "eval/attack_map.h"
-#include "eval/attacks.h"
 #include "eval/evaluate.h"
 #include "eval/exchange.h"
-#include "eval/ply_outputs.h"
+#include "eval/outputs.h"
+#include "eval/pawns.h"
 #include "eval/random_positions.h"
-#include "eval/terms.h"
-#include "eval/threats.h"
-#include "protocol/settings.h"
+#include "protocol/root_moves.h"
+#include "support/engine.h"
 
 #include <functional>
 
@@ -17,10 +15,6 @@ namespace quelmar {
 namespace {
 
 class Evaluation : public EngineTest {};
-
-constexpr Square at(int file, int rank) {  // 1..8 both
-    return square_at(file - 1, rank - 1);
-}
 
 bool list_may_be_cut(const PawnEntry& pawns) {
     for (const SidePawns& side : pawns.sides) {
@@ -33,7 +27,7 @@ bool list_may_be_cut(const PawnEntry& pawns) {
 
 // The known asymmetries; what they do is tested by name elsewhere.
 bool may_differ_mirrored(const std::string& fen) {
-    constexpr Square H2 = at(8, 2), H7 = at(8, 7);
+    constexpr Square H2 = square_at(7, 1), H7 = square_at(7, 6);
     set_up(mirrored_fen(fen));
     const CentreType mirrored_centre = pawn_entry().structure_type;
     set_up(fen);
@@ -60,9 +54,9 @@ void expect_symmetry(int wanted, const std::function<std::string()>& next) {
         if (may_differ_mirrored(fen))
             continue;
         --wanted;
-        settings.style = wanted % 4;
+        playing_style = static_cast<Style>(wanted % 4);
         const int score = evaluate();
-        ASSERT_EQ(evaluate_mirrored(fen), score) << fen << " style " << settings.style;
+        ASSERT_EQ(evaluate_mirrored(fen), score) << fen << " style " << wanted % 4;
     }
 }
 
@@ -81,11 +75,11 @@ TEST_F(Evaluation, ScoresSurviveMakeAndUnmake) {
         for (int ply = 0; ply < 100; ++ply) {
             build_root_moves();
             int count = 0;
-            while (root_moves[static_cast<std::size_t>(count)].from != 0)
+            while (root_moves[count].from != 0)
                 ++count;
             if (count == 0)
                 break;
-            const Move move = root_moves[static_cast<std::size_t>(random.below(count))];
+            const Move move = root_moves[random.below(count)];
             const int before = evaluate();
             make_move(&move);
             evaluate();
@@ -113,7 +107,7 @@ TEST_F(Evaluation, Signature) {
               out.ply_passed_score[WHITE], out.ply_passed_score[BLACK], out.ply_eval})
             mix(value);
         const UndoRecord& here = position.current();
-        for (std::size_t i = 0; i < 3; ++i) {
+        for (int i = 0; i < 3; ++i) {
             mix(here.threat_value_us[i] != 0 ? here.threat_square_us[i] : 0);
             mix(here.threat_value_us[i]);
             mix(here.threat_value_them[i] != 0 ? here.threat_square_them[i] : 0);
@@ -122,7 +116,7 @@ TEST_F(Evaluation, Signature) {
     };
     RandomPositions random(3);
     for (int i = 0; i < 10000; ++i) {
-        settings.style = i % 4;
+        playing_style = static_cast<Style>(i % 4);
         mix_position(random.middlegame());
         for (const char* solved : {"P", "Rp", "RPr", "BP", "BN"})
             mix_position(random.with_men(solved));
@@ -151,127 +145,9 @@ TEST_F(Evaluation, AbsurdBoardsStayInside) {
         find_threats();
         for (const Square from : square_of_index) {
             if (is_man(position.at(from)))
-                static_exchange(from, square_of_index[static_cast<std::size_t>(random.below(64))]);
+                static_exchange(from, square_of_index[random.below(64)]);
         }
     }
-}
-
-TEST_F(Evaluation, OutputsForTheSearch) {
-    set_up("4k3/8/8/8/8/8/8/4K3 b - -");
-    EXPECT_EQ(evaluate(), 0);
-    set_up("qr4k1/5ppp/8/8/8/P7/8/QR3K2 w - -");
-    const int score = evaluate();
-    const PlyOutputs& out = outputs_at(0);
-    EXPECT_EQ(out.ply_eval, score);
-    const UndoRecord& here = position.current();
-    EXPECT_EQ(out.ply_material_placement,
-              here.material_us - here.material_them + here.pst_us - here.pst_them);
-    EXPECT_EQ(out.ply_passed_score[WHITE], 12 - 3) << "third rank, no rook behind";
-    EXPECT_LT(out.ply_king_danger[WHITE], 0);
-    set_up("4k3/8/8/8/8/8/8/QR2K3 w - -");
-    evaluate();
-    EXPECT_EQ(out.ply_king_danger[WHITE], 0) << "an ending";
-    EXPECT_EQ(out.ply_passed_score[WHITE], 0);
-}
-
-TEST_F(Evaluation, AttackMaps) {
-    set_up("4k3/8/8/2q5/1P6/B2P4/1Q6/B3K3 w - -");
-    evaluate();
-    struct ByteCase {
-        Side side;
-        Square square;
-        int byte;
-        const char* why;
-    };
-    const ByteCase CASES[] = {
-        {WHITE, at(1, 5), ATTACK_PAWN + 1, "pawn b4"},
-        {WHITE, at(3, 5), ATTACK_PAWN + ATTACK_MINOR + 2, "pawn, and the bishop behind it"},
-        {WHITE, at(4, 6), 0, "not beyond the square the pawn attacks"},
-        {WHITE, at(3, 3), ATTACK_QUEEN + 2, "queen, and the bishop through her as an x-ray"},
-        {WHITE, at(8, 8), ATTACK_QUEEN + 2, "all the way"},
-        {WHITE, at(2, 2), ATTACK_MINOR + 2, "both bishops guard her"},
-        {WHITE, at(5, 4), ATTACK_PAWN + 1, "pawn d3"},
-        {BLACK, at(2, 4), ATTACK_QUEEN + 1, "the queen attacks a pawn"},
-        {BLACK, at(1, 3), 0, "but not behind it"},
-        {BLACK, at(4, 8), ATTACK_KING + 1, "king"},
-    };
-    for (const ByteCase& c : CASES)
-        EXPECT_EQ(attack_byte(c.side, c.square), c.byte) << c.why;
-    set_up("4k3/8/8/3P4/2Q5/1R6/2R5/4K3 b - -");
-    evaluate();
-    EXPECT_EQ(attack_byte(WHITE, at(5, 6)), ATTACK_PAWN + ATTACK_QUEEN + 2) << "queen behind a pawn";
-    EXPECT_EQ(attack_byte(WHITE, at(3, 8)), ATTACK_QUEEN + 2) << "rook behind the queen";
-    EXPECT_EQ(attack_byte(WHITE, at(3, 1)), ATTACK_ROOK + ATTACK_QUEEN + 2) << "queen behind the rook";
-}
-
-TEST_F(Evaluation, EighthAttackerCarriesIntoThePawnBit) {
-    set_up("k7/8/2N1N3/1N3N2/8/1N3N2/2N1N3/K7 w - -");
-    evaluate();
-    EXPECT_EQ(attack_byte(WHITE, at(4, 4)), ATTACK_MINOR + ATTACK_PAWN);
-}
-
-TEST_F(Evaluation, EstimateAfterAMove) {
-    struct MoveCase {
-        const char* fen;
-        const char* move;
-        int exact;  // what the position after the move has, for the mover, less what the estimate leaves out
-        const char* why;
-    };
-    const MoveCase CASES[] = {
-        {START_FEN, "g1f3", 0, "quiet"},
-        {"4k3/8/8/3p4/4P3/8/8/4K3 w - -", "e4d5", 0, "capture"},
-        {"4k3/P7/8/8/8/8/8/4K3 w - -", "a7a8q", QUEEN_VALUE - PAWN_VALUE,
-         "the promoted man's value is not counted"},
-        {"1r2k3/P7/8/8/8/8/8/4K3 w - -", "a7b8n", MINOR_VALUE - PAWN_VALUE, "promotion with capture"},
-    };
-    for (const MoveCase& c : CASES) {
-        set_up(c.fen);
-        build_root_moves();
-        const Move* move = root_moves.data();
-        while (move->from != 0 &&
-               (move->to != at(c.move[2] - 'a' + 1, c.move[3] - '0') ||
-                move->from != at(c.move[0] - 'a' + 1, c.move[1] - '0') ||
-                (c.move[4] != 0 && UPPER_LETTERS[move->promotion] != c.move[4] - 'a' + 'A')))
-            ++move;
-        ASSERT_NE(move->from, 0) << c.move;
-        const int estimate = material_placement_after_move(*move);
-        make_move(move);
-        evaluate();
-        EXPECT_EQ(estimate, -outputs_at(position.search_ply).ply_material_placement - c.exact) << c.why;
-    }
-}
-
-TEST_F(Evaluation, AttackedSquares) {
-    struct AttackCase {
-        const char* fen;
-        Square square;
-        Side attacker;
-        bool attacked;
-        const char* why;
-    };
-    const AttackCase CASES[] = {
-        {"4k3/8/8/8/4P3/8/8/4K3 w", at(4, 5), WHITE, true, "white pawn upwards"},
-        {"4k3/8/8/8/4P3/8/8/4K3 w", at(6, 5), WHITE, true, "both ways"},
-        {"4k3/8/8/8/4P3/8/8/4K3 w", at(4, 3), WHITE, false, "not downwards"},
-        {"4k3/8/8/8/4p3/8/8/4K3 w", at(4, 3), BLACK, true, "black pawn downwards"},
-        {"4k3/8/8/8/4p3/8/8/4K3 w", at(4, 5), BLACK, false, "not upwards"},
-        {"4k3/8/8/8/4n3/8/8/4K3 w", at(3, 3), BLACK, true, "knight"},
-        {"4k3/8/8/8/4n3/8/8/4K3 w", at(3, 3), WHITE, false, "of the other side"},
-        {"4k3/8/8/8/8/8/8/4K3 w", at(4, 2), WHITE, true, "king"},
-        {"4k3/8/8/8/8/8/8/q3K3 w", at(5, 1), BLACK, true, "queen along a rank"},
-        {"4k3/8/8/q7/8/8/8/4K3 w", at(5, 1), BLACK, true, "queen along a diagonal"},
-        {"4k3/8/8/b7/8/2P5/8/4K3 w", at(5, 1), BLACK, false, "shut off"},
-        {"4k3/8/8/r7/8/8/8/4K3 w", at(5, 1), BLACK, false, "a rook is no bishop"},
-        {"4k3/8/8/4b3/8/8/8/4K3 w", at(5, 1), BLACK, false, "nor the other way"},
-        {"4k3/8/8/4r3/8/8/8/4K3 w", at(5, 1), BLACK, true, "rook"},
-    };
-    for (const AttackCase& c : CASES) {
-        set_up(c.fen);
-        EXPECT_EQ(is_square_attacked(c.square, c.attacker), c.attacked) << c.fen << ' ' << c.why;
-    }
-    set_up("4k3/8/8/4r3/8/8/8/4K3 w");
-    EXPECT_TRUE(in_check(WHITE));
-    EXPECT_FALSE(in_check(BLACK));
 }
 
 }  // namespace

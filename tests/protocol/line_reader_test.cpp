@@ -46,32 +46,24 @@ private:
 
 using Lines = std::vector<std::string>;
 
-TEST_F(LineReaderTest, HalfALineIsNoLine) {
-    EXPECT_EQ(lines(), Lines{});
-    write("usermove ");
-    EXPECT_EQ(lines(), Lines{});
-    EXPECT_FALSE(reader_->at_end());
-    write("e2e4\nti");
-    EXPECT_EQ(lines(), Lines{"usermove e2e4\n"});
-    write("me 5\n");
-    EXPECT_EQ(lines(), Lines{"time 5\n"});
-}
-
-TEST_F(LineReaderTest, SeveralLinesInOneWrite) {
-    write("time 1\notim 2\r\n\nusermove e2e4\n");
-    EXPECT_EQ(lines(), (Lines{"time 1\n", "otim 2\n", "\n", "usermove e2e4\n"}));
-}
-
-TEST_F(LineReaderTest, CarriageReturnSplitFromItsLineFeed) {
-    write("go\r");
-    EXPECT_EQ(lines(), Lines{});
-    write("\nping\r\r\n");
-    EXPECT_EQ(lines(), (Lines{"go\n", "ping\r\n"}));
-}
-
-TEST_F(LineReaderTest, NulBytesVanish) {
-    write(std::string_view("pi\0ng 1\0\n", 9));
-    EXPECT_EQ(lines(), Lines{"ping 1\n"});
+// What arrives in turn, and the lines that are there then.
+TEST_F(LineReaderTest, LinesAreWholeAndEndInOneLineFeed) {
+    using namespace std::string_view_literals;
+    const std::pair<std::string_view, Lines> arrivals[] = {
+        {"", {}},
+        {"usermove ", {}},
+        {"e2e4\nti", {"usermove e2e4\n"}},
+        {"me 5\n", {"time 5\n"}},
+        {"time 1\notim 2\r\n\nusermove e2e4\n", {"time 1\n", "otim 2\n", "\n", "usermove e2e4\n"}},
+        {"go\r", {}},
+        {"\nping\r\r\n", {"go\n", "ping\r\n"}},
+        {"pi\0ng 1\0\n"sv, {"ping 1\n"}},
+    };
+    for (const auto& [text, expected] : arrivals) {
+        write(text);
+        EXPECT_EQ(lines(), expected) << text;
+        EXPECT_FALSE(reader_->at_end());
+    }
 }
 
 TEST_F(LineReaderTest, TheEndFinishesALastLine) {

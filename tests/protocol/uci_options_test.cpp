@@ -1,87 +1,80 @@
-// UCI options: what is announced, what is understood, and that the two lists differ only where they should.
+// UCI options and lines of the settings file: what they change is said in tests/data/settings.txt; what is
+// announced and what is understood differ only where they should.
+#include "eval/evaluate.h"
+#include "protocol/config_file.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "protocol/uci_options.h"
+#include "search/search_settings.h"
 #include "support/engine.h"
 
-#include <algorithm>
 #include <set>
 
 namespace quelmar {
 namespace {
 
-using S = EngineSettings;
 using UciOptions = EngineTest;
 
-struct OptionCase {
-    const char* text;
-    int S::*field;
-    int expected;
-};
+std::string changes() {
+    const EngineSettings defaults;
+    const SearchSettings search_defaults;
+    const struct {
+        const char* name;
+        int value, usual;
+    } NUMBERS[] = {
+        {"selectivity", search_settings.selectivity, search_defaults.selectivity},
+        {"null_reduction", search_settings.null_reduction, search_defaults.null_reduction},
+        {"null_reduction_endgame", search_settings.null_reduction_endgame,
+         search_defaults.null_reduction_endgame},
+        {"qsearch_checks", search_settings.qsearch_checks, search_defaults.qsearch_checks},
+        {"hash_mb", settings.hash_mb, defaults.hash_mb},
+        {"fritz_hash_mb", settings.fritz_hash_mb, defaults.fritz_hash_mb},
+        {"style", static_cast<int>(playing_style), static_cast<int>(Style::ACTIVE)},
+        {"bm_exts", search_settings.bm_exts, search_defaults.bm_exts},
+        {"resign_enabled", settings.resign_enabled, defaults.resign_enabled},
+        {"iid", search_settings.iid, search_defaults.iid},
+        {"white_score", settings.white_score, defaults.white_score},
+        {"san_output", settings.san_output, defaults.san_output},
+        {"own_book_default", settings.own_book_default, defaults.own_book_default},
+        {"tbook", settings.tbook, defaults.tbook},
+        {"grain_size", search_settings.grain_size, search_defaults.grain_size},
+        {"show_curr_line", settings.show_curr_line, defaults.show_curr_line},
+        {"show_refutations", settings.show_refutations, defaults.show_refutations},
+        {"tb_cache_mb", settings.tb_cache_mb, defaults.tb_cache_mb},
+        {"own_book", protocol_state.own_book, 0},
+    };
+    std::string text;
+    for (const auto& [name, value, usual] : NUMBERS)
+        if (value != usual)
+            text += std::string(", ") + name + " " + std::to_string(value);
+    if (settings.tb_path != defaults.tb_path)
+        text += ", tb_path " + settings.tb_path;
+    if (settings.piece_letters != defaults.piece_letters)
+        text += ", piece_letters " + settings.piece_letters;
+    return text.empty() ? "nothing" : text.substr(2);
+}
 
-constexpr OptionCase OPTION_CASES[] = {
-    {"Hash value 4\n", &S::hash_mb, 4},
-    {"hash VALUE 3\n", &S::hash_mb, 3},
-    {"Hash value 1\n", &S::hash_mb, 24},
-    {"Hash value -5\n", &S::hash_mb, 24},
-    {"Hash value\n", &S::hash_mb, 24},
-    {"Hash value x\n", &S::hash_mb, 24},
-    {"Hash 4\n", &S::hash_mb, 24},
-    {"Selectivity value 10\n", &S::selectivity, 10},
-    {"Selectivity value 99\n", &S::selectivity, 99},
-    {"Selectivity value\n", &S::selectivity, 6},
-    {"Style value Normal\n", &S::style, STYLE_NORMAL},
-    {"Style value aggressive\n", &S::style, STYLE_AGGRESSIVE},
-    {"Style value Suicidal\n", &S::style, STYLE_SUICIDAL},
-    {"Style value Wild\n", &S::style, STYLE_ACTIVE},
-    {"Checks in qsearch value false\n", &S::qsearch_checks, 0},
-    {"Internal iterative deepening value false\n", &S::iid, 0},
-    {"Nullmove value false\n", &S::null_reduction, 0},
-    {"Nullmove value false\n", &S::null_reduction_endgame, 0},
-    {"Nullmove reduction factor value 1\n", &S::null_reduction, 1},
-    {"Nullmove reduction factor value 1\n", &S::null_reduction_endgame, 1},
-    {"Nullmove reduction factor value 3\n", &S::null_reduction, 3},
-    {"Nullmove reduction factor value 3\n", &S::null_reduction_endgame, 2},
-    {"UCI_ShowCurrLine value true\n", &S::show_curr_line, 1},
-    {"UCI_ShowRefutations value true\n", &S::show_refutations, 1},
-    {"NalimovCache value 16\n", &S::tb_cache_mb, 16},
-    {"UCI_Chess960 value true\n", &S::hash_mb, 24},
-    {"\n", &S::hash_mb, 24},
-};
-
-TEST_F(UciOptions, OneOption) {
-    for (const OptionCase& row : OPTION_CASES) {
-        settings = {};
-        set_uci_option(row.text);
-        EXPECT_EQ(settings.*row.field, row.expected) << row.text;
+TEST_F(UciOptions, AndLinesOfTheSettingsFileChangeWhatTheyShould) {
+    for (const Words& fields : data_rows("settings.txt")) {
+        ASSERT_EQ(fields.size(), 3U) << fields[0];
+        reset_settings();
+        protocol_state.own_book = false;
+        const std::string& lines = fields[0];
+        for (std::size_t start = lines.find('"'); start != std::string::npos;) {
+            const std::size_t end = lines.find('"', start + 1);
+            const std::string line = with_escapes(lines.substr(start + 1, end - start - 1));
+            lines.starts_with("uci") ? set_uci_option(line) : static_cast<void>(apply_config_line(line));
+            start = lines.find('"', end + 1);
+        }
+        EXPECT_EQ(changes(), with_escapes(fields[1])) << lines << ", " << fields[2];
     }
 }
 
-TEST_F(UciOptions, SwitchesGoBack) {
-    for (const char* text : {"Nullmove value false", "Nullmove value true", "Checks in qsearch value false",
-                             "Checks in qsearch value true", "Internal iterative deepening value false",
-                             "Internal iterative deepening value true", "UCI_ShowCurrLine value true",
-                             "UCI_ShowCurrLine value false", "UCI_ShowRefutations value true",
-                             "UCI_ShowRefutations value false", "OwnBook value true"})
-        set_uci_option(text);
-    EXPECT_EQ(settings.null_reduction, 3);
-    EXPECT_EQ(settings.null_reduction_endgame, 2);
-    EXPECT_EQ(settings.qsearch_checks, 1);
-    EXPECT_EQ(settings.iid, 1);
-    EXPECT_EQ(settings.show_curr_line, 0);
-    EXPECT_EQ(settings.show_refutations, 0);
-    EXPECT_TRUE(protocol_state.own_book);
-    set_uci_option("OwnBook value false");
-    EXPECT_FALSE(protocol_state.own_book);
-}
-
-TEST_F(UciOptions, PathLosesSpaceInFrontAndTheLineEnd) {
-    set_uci_option("NalimovPath value   /no such/folder;/nor this\n");
-    EXPECT_EQ(settings.tb_path, "/no such/folder;/nor this");
+TEST_F(UciOptions, PathsAreCut) {
     set_uci_option("NalimovPath value " + std::string(400, '/') + "\n");
     EXPECT_EQ(settings.tb_path.size(), TB_PATH_MAX);
-    set_uci_option("NalimovPath value\n");
-    EXPECT_EQ(settings.tb_path, "");
+    apply_config_line("tbpath " + std::string(300, 'x'));
+    EXPECT_EQ(settings.tb_path, std::string(TB_PATH_MAX, 'x'));
 }
 
 // What an announced option says, set to something that is not its default.
@@ -101,23 +94,15 @@ const std::pair<const char*, const char*> ANNOUNCED[] = {
     {"UCI_ShowRefutations", "true"},
 };
 
-bool at_defaults() {
-    const S now = settings, first;
-    return now.hash_mb == first.hash_mb && now.style == first.style && now.selectivity == first.selectivity &&
-           now.qsearch_checks == first.qsearch_checks && now.null_reduction == first.null_reduction &&
-           now.iid == first.iid && now.tb_path == first.tb_path && now.tb_cache_mb == first.tb_cache_mb &&
-           now.show_curr_line == first.show_curr_line && now.show_refutations == first.show_refutations;
-}
-
 TEST_F(UciOptions, AnnouncedButWithoutEffect) {
     ASSERT_EQ(announced_uci_options().size(), std::size(ANNOUNCED));
     std::set<std::string> inert;
     for (std::size_t i = 0; i < std::size(ANNOUNCED); ++i) {
         const std::string name = ANNOUNCED[i].first;
         EXPECT_TRUE(announced_uci_options()[i].starts_with("option name " + name + " type ")) << name;
-        settings = {};
+        reset_settings();
         set_uci_option(name + " value " + ANNOUNCED[i].second + "\n");
-        if (at_defaults())
+        if (changes() == "nothing")
             inert.insert(name);
     }
     EXPECT_EQ(inert, (std::set<std::string>{"FRC", "FrcCode", "EncodeWhen"}));

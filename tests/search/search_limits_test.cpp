@@ -1,6 +1,7 @@
-#include "board/move_text.h"
 #include "board/position.h"
 #include "board/setup.h"
+#include "protocol/move_text.h"
+#include "protocol/root_moves.h"
 #include "search/search_limits.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
@@ -11,20 +12,18 @@ namespace quelmar {
 
 namespace {
 
-class SearchLimitsTest : public SearchTest {
-protected:
-    ~SearchLimitsTest() override { search_limits = SearchLimits{}; }
+using SearchLimitsTest = SearchTest;
 
-    static void allow_only(const std::string& text) {
-        build_root_moves();
-        const Move* move = find_root_move(text);
-        ASSERT_NE(move, nullptr) << text;
-        search_limits.moves = {*move};
-    }
-};
+void allow_only(const std::string& text) {
+    build_root_moves();
+    const Move* move = find_root_move(text);
+    ASSERT_NE(move, nullptr) << text;
+    search_limits.moves = {*move};
+}
 
 TEST_F(SearchLimitsTest, CutBudgetAndIterationsDown) {
-    position.current().clock[WHITE] = {.kind = CLOCK_WHOLE_GAME, .time_left_ms = 1000, .increment_ms = 5000};
+    position.current().clock[WHITE] = {
+        .kind = ClockKind::WHOLE_GAME, .time_left_ms = 1000, .increment_ms = 5000};
     search_limits.move_time = 970;
     search_limits.iterations = 7;
     allocate_time();

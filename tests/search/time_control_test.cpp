@@ -1,5 +1,6 @@
 #include "board/position.h"
 #include "protocol/protocol_state.h"
+#include "search/search_control.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
 #include "support/searching.h"
@@ -12,7 +13,7 @@ namespace {
 
 class TimeControlTest : public SearchTest {
 protected:
-    static SideClock& clock(Side side) { return position.current().clock[static_cast<std::size_t>(side)]; }
+    static SideClock& clock(Side side) { return position.current().clock[side]; }
 };
 
 TEST_F(TimeControlTest, Budgets) {
@@ -23,24 +24,24 @@ TEST_F(TimeControlTest, Budgets) {
         bool uci;
         i32 target, maximum;
     } cases[] = {
-        {{CLOCK_WHOLE_GAME, 0, 300000, 0, 0}, 0, false, 6000, 25000},
-        {{CLOCK_WHOLE_GAME, 0, 120000, 0, 12000}, 0, false, 6000, 12000},
-        {{CLOCK_WHOLE_GAME, 0, 1000, 0, 3}, 0, false, 25, 100},
-        {{CLOCK_WHOLE_GAME, 0, -700, 0, 0}, 0, false, -14, -58},
-        {{CLOCK_WHOLE_GAME, 0, 1000, 0, MOST}, 0, false, 25 + MOST / 4, MOST - 100},
-        {{CLOCK_PER_MOVE, 0, 10000, 0, 500}, 0, false, 10000, 10000},
-        {{CLOCK_MOVES_IN_TIME, 40, 7200000, 0, 0}, 0, false, 180000, 270000},
-        {{CLOCK_MOVES_IN_TIME, 40, 7200000, 0, 0}, 78, false, 3600000, 7199000},
-        {{CLOCK_MOVES_IN_TIME, 40, 7200000, 0, 0}, 76, false, 1800000, 1800000},
-        {{CLOCK_MOVES_IN_TIME, 40, 7200000, 0, 0}, 79, false, 7200000, 7199000},
-        {{CLOCK_MOVES_IN_TIME, 40, 7200000, 0, 0}, 80, false, 180000, 270000},
-        {{CLOCK_MOVES_IN_TIME, 1, 60000, 0, 0}, 77, true, 30000, 59000},  // UCI counts what is left
-        {{CLOCK_MOVES_IN_TIME, -3, 60000, 0, 0}, 0, true, 30000, 59000},
-        {{CLOCK_MOVES_IN_TIME, MOST, MOST, 0, 0}, 0, false, MOST / 40, 3071},
+        {{ClockKind::WHOLE_GAME, 0, 300000, 0, 0}, 0, false, 6000, 25000},
+        {{ClockKind::WHOLE_GAME, 0, 120000, 0, 12000}, 0, false, 6000, 12000},
+        {{ClockKind::WHOLE_GAME, 0, 1000, 0, 3}, 0, false, 25, 100},
+        {{ClockKind::WHOLE_GAME, 0, -700, 0, 0}, 0, false, -14, -58},
+        {{ClockKind::WHOLE_GAME, 0, 1000, 0, MOST}, 0, false, 25 + MOST / 4, MOST - 100},
+        {{ClockKind::PER_MOVE, 0, 10000, 0, 500}, 0, false, 10000, 10000},
+        {{ClockKind::MOVES_IN_TIME, 40, 7200000, 0, 0}, 0, false, 180000, 270000},
+        {{ClockKind::MOVES_IN_TIME, 40, 7200000, 0, 0}, 78, false, 3600000, 7199000},
+        {{ClockKind::MOVES_IN_TIME, 40, 7200000, 0, 0}, 76, false, 1800000, 1800000},
+        {{ClockKind::MOVES_IN_TIME, 40, 7200000, 0, 0}, 79, false, 7200000, 7199000},
+        {{ClockKind::MOVES_IN_TIME, 40, 7200000, 0, 0}, 80, false, 180000, 270000},
+        {{ClockKind::MOVES_IN_TIME, 1, 60000, 0, 0}, 77, true, 30000, 59000},  // UCI counts what is left
+        {{ClockKind::MOVES_IN_TIME, -3, 60000, 0, 0}, 0, true, 30000, 59000},
+        {{ClockKind::MOVES_IN_TIME, MOST, MOST, 0, 0}, 0, false, MOST / 40, 3071},
     };
     for (const auto& c : cases) {
         position.game_ply = c.game_ply;
-        protocol_state.uci_mode = c.uci;
+        search_control.counts_moves_left = c.uci;
         clock(position.side_to_move) = c.clock;
         allocate_time();
         EXPECT_EQ(search_state.target_time, c.target) << c.clock.time_left_ms << " ply " << c.game_ply;
@@ -52,7 +53,7 @@ TEST_F(TimeControlTest, Budgets) {
 }
 
 TEST_F(TimeControlTest, PliesDroppedFromTheStackStillCount) {
-    clock(WHITE) = {CLOCK_MOVES_IN_TIME, 40, 7200000, 0, 0};
+    clock(WHITE) = {ClockKind::MOVES_IN_TIME, 40, 7200000, 0, 0};
     position.dropped_plies = 78;
     allocate_time();
     EXPECT_EQ(search_state.target_time, 3600000);
@@ -66,7 +67,7 @@ TEST_F(TimeControlTest, AFixedDepthLimitsIterationsAndKeepsTheBudget) {
         int limit;
     } cases[] = {{12, 12}, {-4, 1}, {1000000, MAX_ITERATION}};
     for (const auto& c : cases) {
-        clock(WHITE) = {.kind = CLOCK_FIXED_DEPTH, .time_left_ms = 5, .depth_limit = c.depth};
+        clock(WHITE) = {.kind = ClockKind::FIXED_DEPTH, .time_left_ms = 5, .depth_limit = c.depth};
         allocate_time();
         EXPECT_FALSE(search_state.timed);
         EXPECT_EQ(search_state.iteration_limit, c.limit);
@@ -75,8 +76,8 @@ TEST_F(TimeControlTest, AFixedDepthLimitsIterationsAndKeepsTheBudget) {
 }
 
 TEST_F(TimeControlTest, ClocksFollowTheGame) {
-    clock(WHITE) = {CLOCK_WHOLE_GAME, 0, 60000, 0, 2000};
-    clock(BLACK) = {CLOCK_PER_MOVE, 0, 5000, 0, 0};
+    clock(WHITE) = {ClockKind::WHOLE_GAME, 0, 60000, 0, 2000};
+    clock(BLACK) = {ClockKind::PER_MOVE, 0, 5000, 0, 0};
     play("e2e4");
     update_clocks_after_move(500);  // faster than the increment: gains
     EXPECT_EQ(clock(WHITE).time_left_ms, 61500);
@@ -92,31 +93,32 @@ TEST_F(TimeControlTest, ClocksFollowTheGame) {
 TEST_F(TimeControlTest, TimeStopsOnlyWhatItMayStop) {
     const struct {
         const char* what;
-        int iteration, ponder_state;
+        int iteration;
+        Pondering ponder_state;
         bool analyze, infinite, timed, stops;
         i32 elapsed;
     } cases[] = {
-        {"used up", 2, NOT_PONDERING, false, false, true, true, 5000},
-        {"not yet", 2, NOT_PONDERING, false, false, true, false, 3000},
-        {"first iteration", 1, NOT_PONDERING, false, false, true, false, 5000},
-        {"pondering", 2, PONDERING, false, false, true, false, 5000},
-        {"analysis", 2, NOT_PONDERING, true, false, true, false, 5000},
-        {"infinite", 2, NOT_PONDERING, false, true, true, false, 5000},
-        {"fixed depth", 2, NOT_PONDERING, false, false, false, false, 5000},
-        {"after a ponder hit", 2, PONDER_HIT, false, false, true, true, 3100},
+        {"used up", 2, Pondering::NO, false, false, true, true, 5000},
+        {"not yet", 2, Pondering::NO, false, false, true, false, 3000},
+        {"first iteration", 1, Pondering::NO, false, false, true, false, 5000},
+        {"pondering", 2, Pondering::YES, false, false, true, false, 5000},
+        {"analysis", 2, Pondering::NO, true, false, true, false, 5000},
+        {"infinite", 2, Pondering::NO, false, true, true, false, 5000},
+        {"fixed depth", 2, Pondering::NO, false, false, false, false, 5000},
+        {"after a ponder hit", 2, Pondering::HIT, false, false, true, true, 3100},
     };
     for (const auto& c : cases) {
         search_state.iteration = c.iteration;
-        protocol_state.ponder_state = c.ponder_state;
-        protocol_state.analyze_mode = c.analyze;
-        protocol_state.uci_infinite = c.infinite;
-        protocol_state.abort_search = false;
+        search_control.ponder_state = c.ponder_state;
+        search_control.analyze_mode = c.analyze;
+        search_control.uci_infinite = c.infinite;
+        search_control.abort_search = false;
         search_state.timed = c.timed;
         search_state.target_time = 1000;
         search_state.max_time = 4000;
         search_state.start_time = clock_ms() - c.elapsed;
         time_check();
-        EXPECT_EQ(protocol_state.abort_search, c.stops) << c.what;
+        EXPECT_EQ(search_control.abort_search, c.stops) << c.what;
     }
 }
 
@@ -124,13 +126,13 @@ TEST_F(TimeControlTest, StatusLinesComeOnceASecondUnderUci) {
     protocol_state.uci_mode = true;
     search_state.iteration = 2;
     search_state.max_time = 100000;
-    testing::internal::CaptureStdout();
-    search_state.start_time = clock_ms() - 500;
-    time_check();
-    search_state.start_time = search_state.last_status_time = clock_ms() - 1500;
-    time_check();
-    time_check();
-    const std::string said = testing::internal::GetCapturedStdout();
+    const std::string said = printed_by([] {
+        search_state.start_time = clock_ms() - 500;
+        time_check();
+        search_state.start_time = search_state.last_status_time = clock_ms() - 1500;
+        time_check();
+        time_check();
+    });
     EXPECT_EQ(said.rfind("info nodes 0 nps 0 hashfull 0 tbhits 0\n", 0), 0U) << said;
     EXPECT_EQ(said.find('\n'), said.size() - 1);
 }

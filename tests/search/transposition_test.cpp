@@ -27,17 +27,14 @@ TEST_F(TranspositionTest, SizesAreTheLargestPowerOfTwoThatFits) {
 
 TEST_F(TranspositionTest, AnImpossibleSizeFallsBackAndSaysSo) {
     settings.hash_mb = 2147483647;
-    testing::internal::CaptureStdout();
-    tt_allocate();
-    const std::string said = testing::internal::GetCapturedStdout();
+    const std::string said = printed_by(apply_hash_size);
     if (!said.empty()) {  // a machine may really have that much
         EXPECT_EQ(said.rfind("# hash of 2147483647 MB is not available, using ", 0), 0U) << said;
     }
     stand_at(1);
     tt_store_upper(60, 7, 0);
     EXPECT_NE(entry(1), nullptr);
-    settings.hash_mb = 1;
-    tt_allocate();
+    EXPECT_EQ(tt_allocate(1), 1);
     EXPECT_EQ(entry(1), nullptr);
 }
 
@@ -121,8 +118,7 @@ TEST_F(TranspositionTest, MateScoresAreRelativeToTheStoringNode) {
 }
 
 TEST_F(TranspositionTest, OccupancyIsEstimatedFromTheStores) {
-    settings.hash_mb = 1;
-    tt_allocate();
+    EXPECT_EQ(tt_allocate(1), 1);
     tt_count_from_zero();
     EXPECT_EQ(tt_hashfull(), 0);
     for (int i = 0; i < 2 * 16384; ++i)

@@ -4,25 +4,17 @@
     faces.py QUELMAR QUELMAR-UCI
 """
 
+import pathlib
 import re
 import sys
 
+from board import Board
 from engine import Engine, Failure
+from run_sessions import read_lines
 
 HASH_MB = 16
 
-# For both faces: no en-passant field, and the rooks beside the king are the outermost.
-SEARCHES = (
-    (9, "startpos"),
-    (7, "fen r3k2r/p1ppqpb1/bn2pnp1/3PN3/1p2P3/2N2Q1p/PPPBBPPP/R3K2R w KQkq"),
-    (8, "startpos moves e2e4 e7e5 g1f3 b8c6 f1b5 a7a6 b5a4 g8f6"),
-    (8, "fen r3r1k1/ppqb1ppp/8/4p1NQ/8/2P5/PP3PPP/R3R1K1 b -"),
-    (8, "fen nrbkqbrn/pppppppp/8/8/8/8/PPPPPPPP/NRBKQBRN w KQkq"),
-    (8, "fen rkbqnbnr/pppp1ppp/8/4p3/2P5/8/PP1PPPPP/RKBQNBNR w KQkq moves c1b1 b7b6"),
-    (13, "fen 8/k7/3p4/p2P1p2/P2P1P2/8/8/K7 w -"),
-    (9, "fen 7k/8/8/8/8/8/R7/1R5K w -"),
-)
-
+SEARCHES = pathlib.Path(__file__).with_name("faces.rows")
 RESULT = re.compile(r"^info (depth \d+ seldepth \d+) time \d+ (nodes \d+ score .*?) (?:currmove.*)?nps \d+ pv (.*)$")
 
 # White's men from a to h; both sides castle soon.
@@ -51,13 +43,13 @@ def check_searches(programs):
     with Engine(programs[1]) as standard:
         standard.say("uci", "setoption name Hash value %d" % HASH_MB)
         standard.await_match("^uciok$")
-        for depth, position in SEARCHES:
+        for _, _, row in read_lines(SEARCHES):
+            depth, position = row.split(" | ")
             standard.say("ucinewgame")
             with Engine(programs[0]) as own:
                 own.say("uci", "setoption name Hash value %d" % HASH_MB)
                 own.await_match("^uciok$")
-                limits = "depth %d" % depth
-                compare(results(own, position, limits), results(standard, position, limits))
+                compare(*(results(engine, position, "depth " + depth) for engine in (own, standard)))
 
 
 def check_node_limit(program):
@@ -75,53 +67,10 @@ def check_node_limit(program):
                 raise Failure("%d nodes instead of %d" % (count, nodes))
 
 
-class Board:
-    """Where the men stand, for a client that knows how castling is written but trusts the rest."""
-
-    def __init__(self, rank):
-        self.men = {file + "1": man for file, man in zip("abcdefgh", rank)}
-        self.men.update({file + "8": man.lower() for file, man in zip("abcdefgh", rank)})
-        self.men.update({file + "2": "P" for file in "abcdefgh"})
-        self.men.update({file + "7": "p" for file in "abcdefgh"})
-        self.castlings = []
-
-    def play(self, move, white):
-        origin, target = move[:2], move[2:4]
-        man = self.men.pop(origin, "-")
-        if man == "-" or man.isupper() != white:
-            raise Failure(move + " moves no own man")
-        own_target = target in self.men and self.men[target].isupper() == white
-        long_way = abs(ord(origin[0]) - ord(target[0])) > 1
-        if man in "Kk" and (own_target or long_way):
-            self.castle(origin, target, man, "king takes rook" if own_target else "king's way")
-            return
-        if own_target:
-            raise Failure(move + " takes an own man")
-        if man in "Pp" and origin[0] != target[0] and target not in self.men:
-            del self.men[target[0] + origin[1]]
-        self.men[target] = move[4:] or man
-        if move[4:] and white:
-            self.men[target] = move[4:].upper()
-
-    def castle(self, king, target, man, notation):
-        rank, rook_man = king[1], "R" if man == "K" else "r"
-        short = target > king
-        if notation == "king takes rook":
-            rook = target
-        else:
-            rooks = [s for s in self.men if s[1] == rank and self.men[s] == rook_man and (s > king) == short]
-            rook = (max if short else min)(rooks)
-        if self.men.pop(rook) != rook_man:
-            raise Failure("no rook on " + rook)
-        self.men[("g" if short else "c") + rank] = man
-        self.men[("f" if short else "d") + rank] = rook_man
-        self.castlings.append(notation)
-
-
 def check_chess960_game(program, rank):
     """One side writes castling in one way, the other in the other; both read the whole game."""
-    board, moves = Board(rank), []
     fen = "%s/pppppppp/8/8/8/8/PPPPPPPP/%s w KQkq - 0 1" % (rank.lower(), rank)
+    board, moves = Board(fen), []
     with Engine(program) as by_rook, Engine(program) as by_king:
         by_rook.say("setoption name UCI_Chess960 value true")
         for engine in (by_rook, by_king):
@@ -132,7 +81,7 @@ def check_chess960_game(program, rank):
             move = engine.await_match(r"^bestmove (\S+)")[1]
             if move == "0000":
                 break
-            board.play(move, ply % 2 == 0)
+            board.play(move)
             moves.append(move)
     return board.castlings
 
@@ -145,7 +94,7 @@ def main():
         castlings = [c for rank in STARTS for c in check_chess960_game(programs[1], rank)]
         if {"king takes rook", "king's way"} - set(castlings):
             raise Failure("castled only so: %s" % castlings)
-    except Failure as failure:
+    except (Failure, ValueError) as failure:
         sys.exit(str(failure))
 
 

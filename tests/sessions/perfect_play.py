@@ -8,6 +8,7 @@ positions each. Every move is held against the tables' own numbers. With "pawns"
 optimised tbmake, pawn against pawn is made too and played where the capture en passant decides.
 """
 
+import os
 import random
 import subprocess
 import sys
@@ -28,42 +29,25 @@ DOUBLE_STEPS = (
 DEPTH = 8  # plies; enough that the answers to every root move are looked up, even where lopsided material costs depth
 
 
-class Tables:
-    """What the tables say, from a process of its own."""
-
-    def __init__(self, program, path):
-        self.process = subprocess.Popen(
-            [program, path], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True, bufsize=1
-        )
-
-    def ask(self, fen, moves=()):
-        """The verdict for the side to move, "win", "loss" or another, and the plies to mate."""
-        self.process.stdin.write(fen + (" moves " + " ".join(moves) if moves else "") + "\n")
-        words = self.process.stdout.readline().split()
-        if words[0] in ("win", "loss"):
-            return words[0], int(words[1])
-        return words[0], 0
-
-
-def random_fen(dice, ending):
-    white, black = ending.split("v")
-    squares = dice.sample(range(64), len(white) + len(black))
-    board = dict(zip(squares, white + black.lower()))
-    if any(man in "Pp" and not 8 <= square < 56 for square, man in board.items()):
-        return None
-    ranks = []
-    for rank in range(7, -1, -1):
-        text = "".join(board.get(8 * rank + file, "1") for file in range(8))
-        ranks.append(text)
-    return "/".join(ranks) + dice.choice((" w -", " b -"))
+def told(tables, fen, moves=()):
+    """What tbprobe says for the side to move: "win", "loss" or another, and the plies to mate."""
+    tables.say(fen + (" moves " + " ".join(moves) if moves else ""))
+    words = tables.line().split()
+    return (words[0], int(words[1])) if words[0] in ("win", "loss") else (words[0], 0)
 
 
 def random_positions(dice, tables, ending, count):
     """Legal positions of the ending in which somebody wins."""
+    white, black = ending.split("v")
+    men = white + black.lower()
     found = []
     while len(found) < count:
-        fen = random_fen(dice, ending)
-        if fen and tables.ask(fen)[0] in ("win", "loss"):
+        board = ["1"] * 64
+        for square, man in zip(dice.sample(range(64), len(men)), men):
+            board[square] = man
+        ranks = ["".join(board[first:first + 8]) for first in range(0, 64, 8)]
+        fen = "/".join(ranks) + dice.choice((" w -", " b -"))
+        if not set("Pp") & set(ranks[0] + ranks[7]) and told(tables, fen)[0] in ("win", "loss"):
             found.append(fen)
     return found
 
@@ -83,7 +67,7 @@ def think(engine, fen, moves):
 
 def play_out(engine, tables, fen):
     moves = []
-    verdict, plies = tables.ask(fen)
+    verdict, plies = told(tables, fen)
     while plies > 0:
         best, announced = think(engine, fen, moves)
         where = "%s %s: %s in %d plies" % (fen, " ".join(moves), verdict, plies)
@@ -91,7 +75,7 @@ def play_out(engine, tables, fen):
         if announced != wanted:
             raise Failure("%s, but mate %s is announced" % (where, announced))
         moves.append(best)
-        after = tables.ask(fen, moves)
+        after = told(tables, fen, moves)
         if after != ("loss" if verdict == "win" else "win", plies - 1) and after[0] != "none":
             raise Failure("%s, but %s leads to %s in %d" % (where, best, *after))
         if after[0] == "none":
@@ -99,34 +83,27 @@ def play_out(engine, tables, fen):
         verdict, plies = after
 
 
-def main(quelmar, tbprobe, tbmake, path=None):
+def main(quelmar, tbprobe, tbmake, what=None):
     dice = random.Random(20)
-    pawns = path is not None
-    path = None if path == "pawns" else path
+    pawns = what == "pawns"
+    path = None if pawns else what
     with tempfile.TemporaryDirectory() as made:
         if path is None:
             subprocess.run([tbmake, "make-all", "3", "--dir", made, "--quiet"], check=True)
-            if pawns:
-                subprocess.run([tbmake, "make", "kpkp", "--dir", made, "--quiet"], check=True)
-        tables = Tables(tbprobe, path or made)
-        games = 0
-        with Engine(quelmar) as engine:
-            engine.say("uci", "setoption name NalimovCache value 16")
-            engine.say("setoption name NalimovPath value " + (path or made))
-            for ending in LONG if path else SHORT:
-                for fen in random_positions(dice, tables, ending, 20 if path else 4):
-                    play_out(engine, tables, fen)
-                    games += 1
-            for fen in DOUBLE_STEPS if pawns else ():
+        if pawns:
+            subprocess.run([tbmake, "make", "kpkp", "--dir", made, "--quiet"], check=True)
+        folder = os.path.abspath(path or made)
+        with Engine(quelmar) as engine, Engine(tbprobe, [folder]) as tables:
+            engine.say("uci", "setoption name NalimovCache value 16", "setoption name NalimovPath value " + folder)
+            positions = [fen for ending in (LONG if path else SHORT)
+                         for fen in random_positions(dice, tables, ending, 20 if path else 4)]
+            positions += DOUBLE_STEPS if pawns else ()
+            for fen in positions:
                 play_out(engine, tables, fen)
-                games += 1
-        tables.process.stdin.close()
-        tables.process.wait()
-    print("%d games played as the tables say" % games)
+    print("%d games played as the tables say" % len(positions))
 
 
 try:
     main(*sys.argv[1:])
 except Failure as failure:
-    print(failure)
-    sys.exit(1)
+    sys.exit(str(failure))

@@ -4,6 +4,7 @@
 
 #include "tablebase/catalogue.h"
 #include "tablebase/index.h"
+#include "tablemaker/attacks.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,7 +13,7 @@
 namespace quelmar::testing {
 
 struct TablePosition {
-    std::array<SideSquares, 2> side{};  // of the first and the second group of the name
+    Table<SideSquares, 2> side{};  // of the first and the second group of the name
     int ep_square = NO_EP_SQUARE;
 };
 
@@ -31,77 +32,59 @@ inline u64 occupied_squares(const TablePosition& position) {
     u64 occupied = 0;
     for (const SideSquares& men : position.side) {
         occupied |= u64{1} << men.king;
-        for (std::size_t row = 0; row < 5; ++row)
-            for (std::size_t i = 0; i < men.count[row]; ++i)
+        for (int row = 0; row < 5; ++row)
+            for (int i = 0; i < men.count[row]; ++i)
                 occupied |= u64{1} << men.men[row][i];
     }
     return occupied;
 }
 
-inline bool slides_to(int from, int to, int kind, u64 occupied) {
-    const int files = file64(to) - file64(from), ranks = rank64(to) - rank64(from);
-    const bool straight = files == 0 || ranks == 0, diagonal = std::abs(files) == std::abs(ranks);
-    if (!(straight && kind != BISHOP) && !(diagonal && kind != ROOK))
-        return false;
-    const int step = (files > 0) - (files < 0) + 8 * ((ranks > 0) - (ranks < 0));
-    for (int square = from + step; square != to; square += step)
-        if (occupied >> square & 1)
-            return false;
-    return true;
-}
-
-inline bool attacks_square(int kind, Side side, int from, int to, u64 occupied) {
-    const int files = std::abs(file64(to) - file64(from)), ranks = rank64(to) - rank64(from);
-    if (kind == PAWN)
-        return files == 1 && ranks == (side == WHITE ? 1 : -1);
-    if (kind == KNIGHT)
-        return files * std::abs(ranks) == 2;
-    return from != to && slides_to(from, to, kind, occupied);
-}
-
 // The side that is not to move is in check.
 inline bool king_could_be_taken(const TablePosition& position, Side to_move) {
-    const SideSquares& mover = position.side[static_cast<std::size_t>(to_move)];
-    const int king = position.side[static_cast<std::size_t>(other_side(to_move))].king;
+    const SideSquares& mover = position.side[to_move];
+    const u64 king = tablemaker::bit(position.side[other_side(to_move)].king);
     const u64 occupied = occupied_squares(position);
-    for (std::size_t row = 0; row < 5; ++row)
-        for (std::size_t i = 0; i < mover.count[row]; ++i)
-            if (attacks_square(static_cast<int>(row) + 1, to_move, mover.men[row][i], king, occupied))
+    for (int row = 0; row < 5; ++row)
+        for (int i = 0; i < mover.count[row]; ++i) {
+            const int square = mover.men[row][i];
+            const u64 attacked = row == 0 ? tablemaker::pawn_attacks(to_move, square)
+                                          : tablemaker::attacks(row + 1, square, occupied);
+            if ((attacked & king) != 0)
                 return true;
+        }
     return false;
 }
 
 // Squares that a pawn of the side to move could capture on after a double step, at most one per pawn.
 inline std::vector<int> en_passant_squares(const TablePosition& position, Side to_move) {
-    const SideSquares& mover = position.side[static_cast<std::size_t>(to_move)];
-    const SideSquares& waiting = position.side[static_cast<std::size_t>(other_side(to_move))];
+    const SideSquares& mover = position.side[to_move];
+    const SideSquares& waiting = position.side[other_side(to_move)];
     const u64 occupied = occupied_squares(position);
     const int forward = to_move == WHITE ? 8 : -8, rank = to_move == WHITE ? 4 : 3;
+    const auto stands_beside = [rank](int pawn, int stepped) {
+        return rank64(pawn) == rank && std::abs(pawn - stepped) == 1;
+    };
     std::vector<int> targets;
-    for (std::size_t i = 0; i < waiting.count[0]; ++i) {
+    for (int i = 0; i < waiting.count[0]; ++i) {
         const int stepped = waiting.men[0][i], target = stepped + forward;
         if (rank64(stepped) != rank || (occupied >> target & 1) || (occupied >> (target + forward) & 1))
             continue;
-        for (std::size_t j = 0; j < mover.count[0]; ++j)
-            if (rank64(mover.men[0][j]) == rank && std::abs(file64(mover.men[0][j]) - file64(stepped)) == 1) {
-                targets.push_back(target);
-                break;
-            }
+        if (std::any_of(mover.men[0].begin(), mover.men[0].begin() + mover.count[0],
+                        [&](int pawn) { return stands_beside(pawn, stepped); }))
+            targets.push_back(target);
     }
     return targets;
 }
 
 struct Man {
-    std::size_t group;
-    std::size_t row;
+    int group, row;
 };
 
 inline std::vector<Man> men_of(int number) {
     std::vector<Man> men;
-    for (std::size_t group = 0; group < 2; ++group)
-        for (std::size_t kind = PAWN; kind <= QUEEN; ++kind)
-            for (int i = 0; i < ending(number).men[group][kind]; ++i)
-                men.push_back({group, kind - 1});
+    for (int group = 0; group < 2; ++group)
+        for (int kind = PAWN; kind <= QUEEN; ++kind)
+            men.insert(men.end(), ending(number).men[group][kind], {group, kind - 1});
     return men;
 }
 
@@ -124,7 +107,7 @@ void place_men(TablePosition& position, const std::vector<Man>& men, std::size_t
     const auto [group, row] = men[next];
     SideSquares& side = position.side[group];
     const u64 occupied = occupied_squares(position);
-    const std::size_t placed = side.count[row];
+    const int placed = side.count[row];
     const int first = placed > 0 ? side.men[row][placed - 1] + 1 : row == 0 ? 8 : 0;
     for (int square = first; square < (row == 0 ? 56 : 64); ++square) {
         if (occupied >> square & 1)
@@ -147,8 +130,8 @@ inline bool is_canonical_pair(int mover, int waiting, bool pawns) {
 
 inline TablePosition with_kings(Side to_move, int mover, int waiting) {
     TablePosition position;
-    position.side[static_cast<std::size_t>(to_move)].king = static_cast<u8>(mover);
-    position.side[static_cast<std::size_t>(other_side(to_move))].king = static_cast<u8>(waiting);
+    position.side[to_move].king = static_cast<u8>(mover);
+    position.side[other_side(to_move)].king = static_cast<u8>(waiting);
     return position;
 }
 

@@ -26,4 +26,8 @@ struct Verdict {
 // Searches the current position to a fixed depth, without forgetting first.
 Verdict search_to(int depth);
 
+// The pseudo-legal move of the current position with that text; one that is not there fails the test. Leaves
+// the list of moves generated.
+Move move_named(const std::string& name);
+
 }  // namespace quelmar

@@ -10,9 +10,19 @@
 namespace quelmar::testing {
 namespace {
 
-// The full forms take minutes; QUELMAR_SLOW_TESTS=1 in the environment runs them.
-bool slow_tests() {
-    return std::getenv("QUELMAR_SLOW_TESTS") != nullptr;
+// The endings from `first` to before `end` and the named ones. The full forms take minutes; with
+// QUELMAR_SLOW_TESTS=1 in the environment all from `slow_first` to before `slow_end` come instead of the
+// names.
+std::vector<int> endings_of(int first, int end, std::initializer_list<const char*> names,
+                            int slow_first = FIRST_FIVE_MEN, int slow_end = ENDING_COUNT + 1) {
+    const bool slow = std::getenv("QUELMAR_SLOW_TESTS") != nullptr;
+    std::vector<int> numbers;
+    for (int number = 1; number <= ENDING_COUNT; ++number)
+        if ((number >= first && number < end) ||
+            (slow ? number >= slow_first && number < slow_end
+                  : std::count(names.begin(), names.end(), ending(number).name) > 0))
+            numbers.push_back(number);
+    return numbers;
 }
 
 bool pawns_on_both_sides(int number) {
@@ -39,7 +49,7 @@ u64 highest_index(int number, Side to_move) {
 
 void check_highest_index(int number) {
     for (const Side side : {WHITE, BLACK})
-        EXPECT_EQ(highest_index(number, side) + 1, ending(number).entry_count[static_cast<std::size_t>(side)])
+        EXPECT_EQ(highest_index(number, side) + 1, ending(number).entry_count[side])
             << ending(number).name << (side == WHITE ? " White" : " Black");
 }
 
@@ -47,8 +57,8 @@ template <typename Map> TablePosition mapped(const TablePosition& position, Map 
     TablePosition result = position;
     for (SideSquares& men : result.side) {
         men.king = static_cast<u8>(map(men.king));
-        for (std::size_t row = 0; row < 5; ++row) {
-            for (std::size_t i = 0; i < men.count[row]; ++i)
+        for (int row = 0; row < 5; ++row) {
+            for (int i = 0; i < men.count[row]; ++i)
                 men.men[row][i] = static_cast<u8>(map(men.men[row][i]));
             std::reverse(men.men[row].begin(), men.men[row].begin() + men.count[row]);
         }
@@ -91,7 +101,7 @@ void check_mirror_images(int number, Side to_move, const TablePosition& position
 
 // Every legal position has a number below the count, and no two have the same.
 void check_exhaustively(int number, Side to_move) {
-    const u32 count = ending(number).entry_count[static_cast<std::size_t>(to_move)];
+    const u32 count = ending(number).entry_count[to_move];
     std::vector<bool> used(count);
     u64 positions = 0, clashes = 0, beyond = 0;
     for_each_position(number, to_move, [&](const TablePosition& position) {
@@ -118,7 +128,7 @@ void check_one_pair(int number, Side to_move, std::mt19937& random) {
         mover = static_cast<int>(random() % 64);
         waiting = static_cast<int>(random() % 64);
     } while (!is_canonical_pair(mover, waiting, pawns));
-    const u32 count = ending(number).entry_count[static_cast<std::size_t>(to_move)];
+    const u32 count = ending(number).entry_count[to_move];
     std::vector<u32> numbers;
     TablePosition start = with_kings(to_move, mover, waiting);
     place_men(start, men_of(number), 0, to_move, [&](const TablePosition& position) {
@@ -137,51 +147,25 @@ protected:
     void SetUp() override { build_index_tables(); }
 };
 
-TEST_F(Index, HighestNumberIsTheCountThreeAndFourMen) {
-    for (int number = 1; number < FIRST_FIVE_MEN; ++number)
+// One of each shape, with the ones whose files end early.
+TEST_F(Index, HighestNumberIsTheCount) {
+    for (const int number : endings_of(1, FIRST_FIVE_MEN,
+                                       {"kppkp", "knpkp", "krpkp", "kqqkp", "kppkr", "kbnkn", "kbnpk",
+                                        "krrrk", "kqqrk", "krrpk", "kbnknn", "kqrkrr", "kbbkbb"}))
         check_highest_index(number);
 }
 
-TEST_F(Index, HighestNumberIsTheCountLargerEndings) {
-    // One of each shape, with the ones whose files end early.
-    for (const char* name : {"kppkp", "knpkp", "krpkp", "kqqkp", "kppkr", "kbnkn", "kbnpk", "krrrk", "kqqrk",
-                             "krrpk", "kbnknn", "kqrkrr", "kbbkbb"})
-        check_highest_index(ending_by_name(name));
-}
-
-TEST_F(Index, HighestNumberIsTheCountEverywhere) {
-    if (!slow_tests())
-        GTEST_SKIP();
-    for (int number = FIRST_FIVE_MEN; number <= ENDING_COUNT; ++number)
-        check_highest_index(number);
-}
-
-TEST_F(Index, NumbersAreUniqueSmallEndings) {
-    for (const char* name : {"kpk", "knk", "kbk", "krk", "kqk", "kppk", "knnk", "kbnk"})
-        for (const Side side : {WHITE, BLACK})
-            check_exhaustively(ending_by_name(name), side);
-}
-
-TEST_F(Index, NumbersAreUniqueAllFourMen) {
-    if (!slow_tests())
-        GTEST_SKIP();
-    for (int number = FIRST_FOUR_MEN; number < FIRST_FIVE_MEN; ++number)
+TEST_F(Index, NumbersAreUnique) {
+    for (const int number :
+         endings_of(1, FIRST_FOUR_MEN, {"kppk", "knnk", "kbnk"}, FIRST_FOUR_MEN, FIRST_FIVE_MEN))
         for (const Side side : {WHITE, BLACK})
             check_exhaustively(number, side);
 }
 
 TEST_F(Index, NumbersAreUniqueForOnePairOfKings) {
     std::mt19937 random(1);
-    for (const char* name : {"kpkp", "kqkp", "kppkp", "krpkp", "knpkn", "kpppk", "kbbpk", "kqrbk"})
-        for (const Side side : {WHITE, BLACK})
-            check_one_pair(ending_by_name(name), side, random);
-}
-
-TEST_F(Index, NumbersAreUniqueForOnePairOfKingsEverywhere) {
-    if (!slow_tests())
-        GTEST_SKIP();
-    std::mt19937 random(2);
-    for (int number = FIRST_FIVE_MEN; number <= ENDING_COUNT; ++number)
+    for (const int number :
+         endings_of(0, 0, {"kpkp", "kqkp", "kppkp", "krpkp", "knpkn", "kpppk", "kbbpk", "kqrbk"}))
         for (const Side side : {WHITE, BLACK})
             check_one_pair(number, side, random);
 }
@@ -192,9 +176,9 @@ TEST_F(Index, ImpossiblePositionsDoNoHarm) {
     for (int number = 1; number <= ENDING_COUNT; ++number)
         for (int round = 0; round < 200; ++round) {
             TablePosition position;
-            for (std::size_t group = 0; group < 2; ++group) {
+            for (int group = 0; group < 2; ++group) {
                 position.side[group].king = static_cast<u8>(random() % 64);
-                for (std::size_t row = 0; row < 5; ++row) {
+                for (int row = 0; row < 5; ++row) {
                     position.side[group].count[row] = ending(number).men[group][row + 1];
                     for (u8& square : position.side[group].men[row])
                         square = static_cast<u8>(random() % 64);

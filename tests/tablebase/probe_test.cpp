@@ -1,9 +1,10 @@
 #include "board/position.h"
-#include "protocol/dialect.h"
+#include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "protocol/standard_options.h"
 #include "support/block_packer.h"
 #include "support/engine.h"
+#include "support/temporary_directory.h"
 #include "tablebase/block_cache.h"
 #include "tablebase/catalogue.h"
 #include "tablebase/index.h"
@@ -16,6 +17,7 @@
 #include <fstream>
 #include <limits>
 #include <regex>
+#include <sstream>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -26,7 +28,7 @@ namespace fs = std::filesystem;
 
 // Entries that differ from their neighbours and between the sides, without the byte that is no value.
 Bytes table_content(std::string_view name, Side side) {
-    Bytes bytes(ending(ending_by_name(name)).entry_count[static_cast<std::size_t>(side)]);
+    Bytes bytes(ending(ending_by_name(name)).entry_count[side]);
     for (std::size_t i = 0; i < bytes.size(); ++i)
         bytes[i] =
             static_cast<std::uint8_t>((i / 5 * 37 + i / 8192 * 11 + static_cast<std::size_t>(side)) % 127);
@@ -35,21 +37,17 @@ Bytes table_content(std::string_view name, Side side) {
 
 class Tables : public EngineTest {
 protected:
-    Tables() : directory_(fs::temp_directory_path() / ("quelmar" + std::to_string(getpid()))) {
-        fs::create_directories(directory_);
-        setup_tablebases();  // the index tables are there from the first start on
+    Tables() {
+        table_reports = {.faulty_file_is_fatal = true, .tell = tell};
+        setup_tablebases("nowhere", 1);  // the index tables are there from the first start on
     }
-    ~Tables() override {
-        settings.tb_path = directory_ / "empty";
-        setup_tablebases();
-        fs::remove_all(directory_);
-    }
+    ~Tables() override { setup_tablebases("nowhere", 1); }
 
-    fs::path path(const std::string& name) const { return directory_ / name; }
+    fs::path path(const std::string& name) const { return directory_.path() / name; }
 
     void write(const std::string& name, const Bytes& bytes) const {
         fs::create_directories(path(name).parent_path());
-        std::ofstream(path(name), std::ios::binary)
+        std::ofstream(path(name), std::ios::binary)  // in place: an open file changes
             .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
     // Packed when the file name says so.
@@ -73,7 +71,7 @@ protected:
             settings.tb_path += (from > 0 ? ";" : "") + path(subdirectories.substr(from, to - from)).string();
             from = to + 1;
         }
-        setup_tablebases();
+        apply_table_path();
         return tb_max_men;
     }
     static bool has(const std::string& name, Side side) {
@@ -81,13 +79,6 @@ protected:
     }
     static int value(const std::string& name, Side side, u32 index) {
         return read_table_value(ending_by_name(name), side, index);
-    }
-    // What the program prints meanwhile.
-    template <typename Action> static std::string said_while(Action action) {
-        ::testing::internal::CaptureStdout();
-        action();
-        std::fflush(stdout);
-        return ::testing::internal::GetCapturedStdout();
     }
     static bool is_line(const std::string& said, const std::string& pattern) {
         return std::regex_match(said, std::regex(pattern + "\n"));
@@ -103,23 +94,36 @@ protected:
     }
 
 private:
-    fs::path directory_;
+    TemporaryDirectory directory_;
 };
 
-u32 index_in(const char* name, Side side, std::initializer_list<int> first, std::initializer_list<int> second,
-             int ep_square = NO_EP_SQUARE) {
-    // Squares in the order of the letters, king first; kinds once each.
-    std::array<SideSquares, 2> men;
-    for (std::size_t group = 0; group < 2; ++group) {
-        const auto& squares = group == 0 ? first : second;
-        men[group].king = static_cast<u8>(*squares.begin());
-        std::size_t next = 1;
-        for (std::size_t kind = QUEEN; kind >= PAWN; --kind)
-            for (int i = 0; i < ending(ending_by_name(name)).men[group][kind]; ++i)
-                men[group].men[kind - 1][men[group].count[kind - 1]++] =
-                    static_cast<u8>(*(squares.begin() + next++));
+// "kqk white a1 h1 c3": the entry of that table with men on these squares, in the order of its name.
+u32 index_in(const std::string& text) {
+    std::istringstream words(text);
+    std::string name, side;
+    words >> name >> side;
+    const auto next_square = [&words] {
+        std::string square = "a1";
+        words >> square;
+        return static_cast<u8>(square[0] - 'a' + 8 * (square[1] - '1'));
+    };
+    const int number = ending_by_name(name);
+    Table<SideSquares, 2> men{};
+    for (int group = 0; group < 2; ++group) {
+        men[group].king = next_square();
+        for (int row = QUEEN - 1; row >= 0; --row)
+            for (u8& count = men[group].count[row]; count < ending(number).men[group][row + 1]; ++count)
+                men[group].men[row][count] = next_square();
     }
-    return table_index(ending_by_name(name), side, men[0], men[1], ep_square, 0);
+    const int ep_square = words >> name && name == "ep" ? next_square() : NO_EP_SQUARE;
+    return table_index(number, side == "white" ? WHITE : BLACK, men[0], men[1], ep_square, 0);
+}
+
+// What stands there; NO_VALUE for "none".
+int value_in(const std::string& text) {
+    const std::string name = text.substr(0, text.find(' '));
+    const Side side = text.find(" white ") != std::string::npos ? WHITE : BLACK;
+    return name == "none" ? NO_VALUE : read_table_value(ending_by_name(name), side, index_in(text));
 }
 
 TEST_F(Tables, WithoutFilesThereAreNone) {
@@ -158,8 +162,7 @@ TEST_F(Tables, EmptyNameIsTheCurrentDirectory) {
     write_table("knkn", WHITE, "knkn.nbw");
     const fs::path before = fs::current_path();
     fs::current_path(path(""));
-    settings.tb_path = "";
-    setup_tablebases();
+    setup_tablebases("", 1);
     fs::current_path(before);
     EXPECT_EQ(tb_max_men, 4);
 }
@@ -194,19 +197,20 @@ TEST_F(Tables, BrokenFilesAreFatal) {
     for (const auto& [file, bytes, pattern] : cases) {
         write(file, bytes);
         expect_fatal(pattern);
-        dialect.plays_on_without_table = true;
+        table_reports.faulty_file_is_fatal = false;
         write_table("krk", WHITE, "krk.nbw");
-        const std::string said = said_while([this] { EXPECT_EQ(load(), 3); });
+        const std::string said = printed_by([this] { EXPECT_EQ(load(), 3); });
         EXPECT_TRUE(is_line(said, "# .*/" + std::string(file) + " is left out: .+")) << said;
         EXPECT_TRUE(!has("kqk", WHITE) && has("krk", WHITE)) << pattern;
-        dialect.plays_on_without_table = false;
+        table_reports.faulty_file_is_fatal = true;
         fs::remove(path(file));
     }
 }
 
 TEST_F(Tables, TheStandardFaceTellsWhatItHas) {
+    protocol_state.standard_uci = protocol_state.uci_mode = true;
     const auto told = [this](const std::string& option, const std::string& folder) {
-        return said_while([&] { set_standard_option("name " + option + " value " + folder); });
+        return printed_by([&] { set_standard_option("name " + option + " value " + folder); });
     };
     for (const char* file : {"a/kqk.nbw", "a/kqk.nbb", "b/knkn.nbw"})
         write_table(std::string_view(file).substr(2, std::string_view(file).find('.') - 2),
@@ -227,7 +231,7 @@ TEST_F(Tables, CacheSizesAreClamped) {
     write_table("kqk", WHITE, "kqk.nbw");
     for (const int megabytes : {0, -5, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
         settings.tb_cache_mb = megabytes;
-        const std::string said = said_while([this] { EXPECT_EQ(load(), 3); });
+        const std::string said = printed_by([this] { EXPECT_EQ(load(), 3); });
         EXPECT_EQ(said, "# tbcache of " + std::to_string(megabytes) + " MB is not available, using " +
                             std::to_string(settings.tb_cache_mb) + " MB\n");
         EXPECT_TRUE(megabytes > 0 ? settings.tb_cache_mb > 1 : settings.tb_cache_mb == 1);
@@ -236,7 +240,7 @@ TEST_F(Tables, CacheSizesAreClamped) {
 }
 
 TEST_F(Tables, ValuesBecomeScores) {
-    const u32 index = index_in("kqk", WHITE, {0, 7}, {18});
+    const u32 index = index_in("kqk white a1 h1 c3");
     const struct {
         std::uint8_t byte;
         bool found;
@@ -258,90 +262,32 @@ TEST_F(Tables, ValuesBecomeScores) {
     }
 }
 
-// Both colourings of a position ask for the same entry.
-TEST_F(Tables, ExchangedColoursAreMirrored) {
-    for (const char* name : {"kpk", "krkp", "kpkp", "kqkr", "knkn"})
+// tests/data/tables.txt says how a line reads.
+TEST_F(Tables, PositionsAskForTheirEntry) {
+    for (const char* name : {"kpk", "krkp", "kpkp", "kqkr", "knkn", "kqk"})
         for (const Side side : {WHITE, BLACK})
-            if (side == WHITE || !ending(ending_by_name(name)).symmetric)
+            if (side == WHITE || (name != std::string("kqk") && !ending(ending_by_name(name)).symmetric))
                 write_table(name, side, name + std::string(side == WHITE ? ".nbw" : ".nbb"));
     ASSERT_EQ(load(), 4);
-    const struct {
-        const char* name;
-        Side side;
-        const char *fen, *exchanged;
-        std::initializer_list<int> first, second;
-    } cases[] = {
-        {"kpk", WHITE, "8/8/8/3k4/8/4K3/4P3/8 w - -", "8/4p3/4k3/8/3K4/8/8/8 b - -", {20, 12}, {35}},
-        {"kpk", BLACK, "8/8/8/3k4/8/4K3/4P3/8 b - -", "8/4p3/4k3/8/3K4/8/8/8 w - -", {20, 12}, {35}},
-        {"krkp", WHITE, "8/8/8/3k4/6p1/4K3/R7/8 w - -", "8/r7/4k3/6P1/3K4/8/8/8 b - -", {20, 8}, {35, 30}},
-        {"krkp", BLACK, "8/8/8/3k4/6p1/4K3/R7/8 b - -", "8/r7/4k3/6P1/3K4/8/8/8 w - -", {20, 8}, {35, 30}},
-        {"kqkr", BLACK, "8/8/8/3k4/6r1/4K3/Q7/8 b - -", "8/q7/4k3/6R1/3K4/8/8/8 w - -", {20, 8}, {35, 30}},
-        {"knkn", BLACK, "8/8/8/3k2n1/8/4K3/N7/8 b - -", "8/n7/4k3/8/3K2N1/8/8/8 w - -", {20, 8}, {35, 38}},
-    };
-    for (const auto& test : cases) {
-        const int expected =
-            value(test.name, test.side, index_in(test.name, test.side, test.first, test.second));
-        for (const char* fen : {test.fen, test.exchanged}) {
-            set_up(fen);
-            Score score = 0;
-            ASSERT_TRUE(probe_tablebase(score)) << fen;
-            EXPECT_EQ(score, expected == 0 ? 0 : 2 * expected - 35533) << fen;
+    for (const Words& fields : data_rows("tables.txt")) {
+        ASSERT_EQ(fields.size(), 3U) << fields[0];
+        SCOPED_TRACE(fields[0] + ": " + fields[2]);
+        const bool exception = fields[0].front() == '!';
+        const std::size_t moves = std::min(fields[0].find(" moves "), fields[0].size());
+        const std::string fen = fields[0].substr(exception ? 1 : 0, moves - (exception ? 1 : 0));
+        for (const bool exchanged : {false, true}) {
+            if (exchanged && exception)
+                continue;
+            set_up(exchanged ? mirrored_fen(fen) : fen);
+            if (moves < fields[0].size())
+                play(fields[0].substr(moves + 7));
+            position.search_ply = 0;
+            Score score = 77;
+            const bool found = probe_tablebase(score);
+            const int expected = value_in(fields[1]);
+            EXPECT_EQ(found, expected != NO_VALUE);
+            EXPECT_EQ(score, !found ? 77 : expected == 0 ? 0 : 2 * expected - 35533);
         }
-    }
-    // The same pawns for the side to move: each side asks its own table.
-    Score white = 0, black = 0;
-    set_up("8/8/8/3k4/6p1/4K3/1P6/8 w - -");
-    ASSERT_TRUE(probe_tablebase(white));
-    EXPECT_EQ(white, 2 * value("kpkp", WHITE, index_in("kpkp", WHITE, {20, 9}, {35, 30})) - 35533);
-    set_up("8/8/8/3k4/6p1/4K3/1P6/8 b - -");
-    ASSERT_TRUE(probe_tablebase(black));
-    EXPECT_EQ(black, 2 * value("kpkp", BLACK, index_in("kpkp", BLACK, {20, 9}, {35, 30})) - 35533);
-}
-
-// Directly after a double step the capture en passant is part of the position.
-TEST_F(Tables, DoubleStepsHaveEntriesOfTheirOwn) {
-    for (const Side side : {WHITE, BLACK})
-        write_table("kpkp", side, side == WHITE ? "kpkp.nbw" : "kpkp.nbb");
-    ASSERT_EQ(load(), 4);
-    const struct {
-        const char *fen, *move;
-        Side side;  // whose table is asked
-        std::initializer_list<int> first, second;
-        int ep_square;
-    } cases[] = {
-        {"8/8/8/8/p7/8/1P3k2/2K5 w - -", "b2b4", BLACK, {2, 25}, {13, 24}, 17},
-        {"8/8/8/8/p6k/8/1P6/3K4 w - -", "b2b4", BLACK, {3, 25}, {31, 24}, 17},
-        {"8/8/8/8/2p1K3/8/1P4k1/8 w - -", "b2b4", BLACK, {28, 25}, {14, 26}, 17},
-        {"8/8/8/8/5p2/8/6P1/2k3K1 w - -", "g2g4", BLACK, {6, 30}, {2, 29}, 22},
-        {"8/8/8/8/1p6/8/K1P4k/8 w - -", "c2c4", BLACK, {8, 26}, {15, 25}, 18},
-        {"2k5/1p3K2/8/P7/8/8/8/8 b - -", "b7b5", WHITE, {53, 32}, {58, 33}, 41},
-        {"8/2p5/8/1P6/8/7K/8/k7 b - -", "c7c5", WHITE, {23, 33}, {0, 34}, 42},
-        {"8/8/8/8/2p5/8/P4k2/2K5 w - -", "a2a4", BLACK, {2, 24}, {13, 26}, NO_EP_SQUARE},  // out of reach
-        {"8/8/8/8/p7/1P6/5k2/2K5 w - -", "b3b4", BLACK, {2, 25}, {13, 24}, NO_EP_SQUARE},  // one step
-    };
-    for (const auto& test : cases) {
-        set_up(test.fen);
-        play(test.move);
-        position.search_ply = 0;
-        Score score = 0;
-        ASSERT_TRUE(probe_tablebase(score)) << test.fen;
-        const int expected =
-            value("kpkp", test.side, index_in("kpkp", test.side, test.first, test.second, test.ep_square));
-        EXPECT_EQ(score, expected == 0 ? 0 : 2 * expected - 35533) << test.fen;
-    }
-}
-
-TEST_F(Tables, MaterialWithoutATableIsNotFound) {
-    write_table("kqk", WHITE, "kqk.nbw");
-    ASSERT_EQ(load(), 3);
-    Score score = 0;
-    for (const char* fen : {"8/8/8/8/8/2k5/8/K6Q b - -",     // the other side's table
-                            "8/8/8/8/8/2k5/8/K6R w - -",     // another ending
-                            "8/8/8/8/8/2k5/8/K3QQQQ w - -",  // four of a kind
-                            "8/8/8/8/8/2k5/8/K7 w - -",      // no men
-                            "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq -"}) {
-        set_up(fen);
-        EXPECT_FALSE(probe_tablebase(score)) << fen;
     }
 }
 
@@ -424,7 +370,7 @@ TEST_F(Tables, DamagedBlocksDropTheirTable) {
         write("kbk.nbw.emd", damaged);
         ASSERT_EQ(load(), 3);
         std::size_t lost = 0;
-        const std::string said = said_while([&] {
+        const std::string said = printed_by([&] {
             for (u32 index = 40; index < content.size(); index += TABLE_BLOCK_SIZE) {
                 const int found = value("kbk", WHITE, index);
                 lost += found == NO_VALUE;

@@ -1,4 +1,5 @@
 // The program as a user calls it.
+#include "support/engine.h"
 #include "support/temporary_directory.h"
 #include "tablebase/catalogue.h"
 #include "tablemaker/table_file.h"
@@ -29,64 +30,15 @@ Outcome tbmake(const std::string& arguments, const TemporaryDirectory& directory
     return outcome;
 }
 
+// What is asked, and what has to be said, stands in tests/data/tbmake.txt.
 TEST(Tbmake, MakesPacksChecksAndTells) {
     const TemporaryDirectory directory;
-    const struct {
-        const char *arguments, *output;
-    } steps[] = {
-        {"make kqk", "kqk: positions\nkqk: done, white wins in 10"},
-        {"make kqk", ""},
-        {"stats kqk",
-         "kqk white to move: 18492 won (longest 10), 0 drawn, 0 lost (longest 0), 7137 no position"},
-        {"compress kqk.nbw kqk.nbb", "kqk.nbb: 28644 bytes, packed "},
-        {"check kqk.nbw kqk.nbw.emd", "kqk.nbw: good\nkqk.nbw.emd: good\n"},
-        {"decompress kqk.nbw.emd", ""},
-        {"verify kqk --jobs 1", "kqk: 57557 positions, 0 wrong"},
-        {"make krk --dir . --compress --quiet", ""},
-        {"check krk.nbb.emd", "krk.nbb.emd: good"},
-    };
-    for (const auto& [arguments, output] : steps) {
-        const Outcome outcome = tbmake(arguments, directory);
-        EXPECT_EQ(outcome.status, 0) << arguments << ": " << outcome.output;
-        EXPECT_NE(outcome.output.find(output), std::string::npos) << arguments << ": " << outcome.output;
-    }
-}
-
-TEST(Tbmake, TellsWhatIsWrong) {
-    const TemporaryDirectory directory;
-    const struct {
-        const char* arguments;
-        int status;
-        const char* output;
-    } cases[] = {
-        {"", 2, "usage:"},
-        {"make", 2, "usage:"},
-        {"make --compress", 2, "usage:"},
-        {"make-all --jobs 1", 2, "usage:"},
-        {"verify --dir .", 2, "usage:"},
-        {"mak kqk", 2, "usage:"},
-        {"make kxk", 1, "there is no ending 'kxk'\n"},
-        {"make krkq", 1, "there is no ending 'krkq'; it is called kqkr\n"},
-        {"stats kkbnp", 1, "; it is called kbnpk\n"},
-        {"make kqqkqq", 1, "endings of six men are not made"},
-        {"make kqk --jobs 0", 1, "not a number from 1"},
-        {"make kqk --jobs", 1, "--jobs needs a value"},
-        {"make kqk --fast", 2, "unknown option --fast"},
-        {"make kqk --dir missing", 1, "tbmake: missing: there is no such directory"},
-        {"verify kqk --dir missing", 1, "tbmake: missing: there is no such directory"},
-        {"make kqk --dir /dev/null", 1, "tbmake: /dev/null: is not a directory"},
-        {"make kqk --dir /proc", 1, "tbmake: /proc: cannot be written: "},
-        {"make-all 6", 1, "not a number from 3 to 5"},
-        {"check kqk.nbw", 1, "kqk.nbw: "},
-        {"stats kqk", 1, "no table of kqk"},
-        {"verify kqk", 1, "no table of kqk"},
-        {"compress nothing.nbw", 1, "nothing.nbw: "},
-        {"decompress kqk.nbw", 1, "is not compressed"},
-    };
-    for (const auto& [arguments, status, output] : cases) {
-        const Outcome outcome = tbmake(arguments, directory);
-        EXPECT_EQ(outcome.status, status) << arguments;
-        EXPECT_NE(outcome.output.find(output), std::string::npos) << arguments << ": " << outcome.output;
+    for (const Words& fields : data_rows("tbmake.txt")) {
+        ASSERT_GE(fields.size(), 3U) << fields[0];
+        const Outcome outcome = tbmake(fields[0], directory);
+        EXPECT_EQ(outcome.status, std::stoi(fields[1])) << fields[0] << ": " << outcome.output;
+        EXPECT_NE(outcome.output.find(with_escapes(fields[2])), std::string::npos)
+            << fields[0] << ": " << outcome.output;
     }
 }
 
@@ -112,9 +64,8 @@ TEST(Tbmake, TellsHowMuchMemoryIsMissing) {
     const TemporaryDirectory directory;
     for (const std::string name : {"kbk", "kbbk"})
         for (const Side side : {WHITE, BLACK})
-            tablemaker::write_file(
-                directory.path() / (name + (side == WHITE ? ".nbw" : ".nbb")),
-                std::vector<u8>(ending(ending_by_name(name)).entry_count[static_cast<std::size_t>(side)]));
+            tablemaker::write_file(directory.path() / (name + (side == WHITE ? ".nbw" : ".nbb")),
+                                   std::vector<u8>(ending(ending_by_name(name)).entry_count[side]));
     const Outcome outcome = tbmake("make kbbbk --jobs 1", directory, "ulimit -v 300000; ");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.output, "tbmake: kbbbk: out of memory, this takes 503.6 MB\n");

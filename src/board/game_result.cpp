@@ -1,0 +1,61 @@
+#include "board/game_result.h"
+
+#include "board/attacks.h"
+#include "board/generate.h"
+#include "board/move_list.h"
+#include "board/position.h"
+#include "board/square_tables.h"
+
+namespace quelmar {
+
+namespace {
+
+constexpr Table<const char*, 9> RESULT_TEXTS = {
+    "", "50 moves", "Repetition", "Material", "Stalemate", "Agreement", "Mate", "Time", "Resign"};
+
+// Nothing on either side that could ever mate.
+bool material_insufficient(const UndoRecord& here) {
+    return here.pawns_us == 0 && here.pawns_them == 0 && here.material_us < ROOK_VALUE &&
+           here.material_them < ROOK_VALUE;
+}
+
+}  // namespace
+
+const char* result_text(GameResult result) {
+    return RESULT_TEXTS[static_cast<int>(result)];
+}
+
+bool is_decisive_result(GameResult result) {
+    return result > GameResult::AGREEMENT;
+}
+
+bool is_threefold_repetition() {
+    const UndoRecord& here = position.current();
+    const int reversible = here.halfmove_clock;
+    if (reversible <= 2)
+        return false;
+    int count = 1;
+    int plies = 2;
+    do {
+        if (plies > position.game_ply)
+            return false;
+        if (position.back(plies).key == here.key && ++count > 2)
+            return true;
+        plies += 2;
+    } while (plies < reversible);
+    return false;
+}
+
+GameResult game_state() {
+    generate_legal_moves();
+    if (move_list.current().empty())
+        return in_check(position.side_to_move) ? GameResult::MATE : GameResult::STALEMATE;
+    const UndoRecord& here = position.current();
+    if (here.halfmove_clock >= FIFTY_MOVES)
+        return GameResult::FIFTY_MOVES;
+    if (is_threefold_repetition())
+        return GameResult::REPETITION;
+    return material_insufficient(here) ? GameResult::MATERIAL : GameResult::NONE;
+}
+
+}  // namespace quelmar

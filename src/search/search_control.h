@@ -1,0 +1,32 @@
+// How the outside steers a search: what kind of search it is, and the stop.
+#pragma once
+
+namespace quelmar {
+
+enum class Pondering {
+    NO,
+    YES,  // on the opponent's time, behind a move that he has not played yet
+    HIT,  // he has played it: the search goes on as ours
+};
+
+// Written by the front ends before think() and, while it runs, by those that act on its input; the time check
+// sets abort_search, reset_search clears it.
+struct SearchControl {
+    bool abort_search = false;  // the running search must stop
+    Pondering ponder_state = Pondering::NO;
+    bool analyze_mode = false;
+    bool uci_infinite = false;
+    bool test_mode = false;  // a mate that was found does not end the search
+    bool counts_moves_left =
+        false;  // a clock's moves_per_control says how many are left, not how many a control has
+};
+
+inline SearchControl search_control;
+
+// Whether only the front end can end the search.
+inline bool is_endless() {
+    return search_control.ponder_state == Pondering::YES || search_control.analyze_mode ||
+           search_control.uci_infinite;
+}
+
+}  // namespace quelmar
