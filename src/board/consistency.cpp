@@ -49,12 +49,13 @@ bool position_is_consistent() {
     const Recount count = recount();
     const Side us = position.side_to_move, them = other_side(us);
     const UndoRecord& here = position.current();
-    return here.key == compute_key() && here.pawn_key == compute_pawn_key() &&
-           here.material_us == count.material[us] && here.material_them == count.material[them] &&
-           here.pst_us == count.pst[us] && here.pst_them == count.pst[them] &&
-           here.pawns_us == count.pawns[us] && here.pawns_them == count.pawns[them] &&
-           here.men_us == count.men[us] && here.men_them == count.men[them] &&
-           list_is_consistent(WHITE, count.men[WHITE]) && list_is_consistent(BLACK, count.men[BLACK]);
+    return position.sets == piece_sets_of_board() && here.key == compute_key() &&
+           here.pawn_key == compute_pawn_key() && here.material_us == count.material[us] &&
+           here.material_them == count.material[them] && here.pst_us == count.pst[us] &&
+           here.pst_them == count.pst[them] && here.pawns_us == count.pawns[us] &&
+           here.pawns_them == count.pawns[them] && here.men_us == count.men[us] &&
+           here.men_them == count.men[them] && list_is_consistent(WHITE, count.men[WHITE]) &&
+           list_is_consistent(BLACK, count.men[BLACK]);
 }
 
 }  // namespace quelmar

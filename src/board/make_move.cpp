@@ -61,6 +61,21 @@ void carry_forward(const UndoRecord& before, UndoRecord& after) {
     after.pst_them = before.pst_us;
 }
 
+// King and rook change places with their destinations; in Chess960 either may stay where it is.
+void toggle_castling(const Castling& castling, Square king_from, Square rook_from) {
+    position.sets.toggle(man_of(castling.side, KING), set_of(king_from) ^ set_of(castling.king_to));
+    position.sets.toggle(man_of(castling.side, ROOK), set_of(rook_from) ^ set_of(castling.rook_to));
+}
+
+// What make and unmake of every other move do to the sets. Each is its own inverse.
+void toggle_men(const Move& move, Square victim) {
+    const Piece arriving = move.promotion != EMPTY ? move.promotion : move.piece;
+    position.sets.toggle(move.piece, set_of(move.from));
+    position.sets.toggle(arriving, set_of(move.to));
+    if (move.captured != EMPTY)
+        position.sets.toggle(move.captured, set_of(victim));
+}
+
 // Empties both origins before it fills the destinations, since in Chess960 they may overlap.
 void play_castling(UndoRecord& after, int flags) {
     const Castling castling = castling_of(flags);
@@ -73,6 +88,7 @@ void play_castling(UndoRecord& after, int flags) {
     square_ref(castling.king_to) = static_cast<u8>(king);
     square_ref(castling.rook_to) = static_cast<u8>(rook);
     rebuild_piece_lists();
+    toggle_castling(castling, king_from, rook_from);
     after.castle_lost |= castling.side == WHITE ? CASTLE_WHITE_SHORT | CASTLE_WHITE_LONG
                                                 : CASTLE_BLACK_SHORT | CASTLE_BLACK_LONG;
     after.halfmove_clock = 0;
@@ -85,6 +101,7 @@ void take_castling_back(int flags) {
     square_ref(rook_home(castling)) = static_cast<u8>(man_of(castling.side, ROOK));
     square_ref(king_home(castling)) = static_cast<u8>(man_of(castling.side, KING));
     rebuild_piece_lists();
+    toggle_castling(castling, king_home(castling), rook_home(castling));
 }
 
 void play_en_passant(const UndoRecord& before, UndoRecord& after, const Move& move) {
@@ -100,6 +117,7 @@ void play_en_passant(const UndoRecord& before, UndoRecord& after, const Move& mo
     square_ref(victim) = EMPTY;
     square_ref(move.from) = EMPTY;
     square_ref(move.to) = move.piece;
+    toggle_men(move, victim);
 }
 
 void play_ordinary(UndoRecord& after, const Move& move) {
@@ -125,6 +143,7 @@ void play_ordinary(UndoRecord& after, const Move& move) {
         square_ref(move.to) = move.piece;
     }
     square_ref(move.from) = EMPTY;
+    toggle_men(move, move.to);
     // A capture on a rook's home square loses no right: the generator looks whether the rook is there.
     after.castle_lost |= position.castle_bits_of[move.from];
 }
@@ -146,6 +165,10 @@ HashKey castling_rook_key(int flags) {
 }  // namespace
 
 void make_move(const Move* move) {
+    make_move(move, key_after_move(position.current().key, move));
+}
+
+void make_move(const Move* move, HashKey key_after) {
     assert(position.game_ply + 1 < POSITION_STACK_SIZE);
     UndoRecord& before = position.current();
     before.move = *move;
@@ -160,7 +183,7 @@ void make_move(const Move* move) {
     else
         play_castling(after, move->flags);
     note_double_step(after, *move);
-    after.key = key_after_move(before.key, move);
+    after.key = key_after;
     after.pawn_key = pawn_key_after_move(before.pawn_key, move);
     position.side_to_move = other_side(position.side_to_move);
     if (move->flags == EN_PASSANT) {
@@ -187,6 +210,7 @@ void unmake_move(const Move* move) {
         victim = en_passant_victim(position.current(), position.side_to_move);
     }
     square_ref(victim) = move->captured;
+    toggle_men(*move, victim);
     if (move->captured != EMPTY)
         insert_after_king(victim, position.king_square(other_side(position.side_to_move)));
     assert(position_is_consistent());

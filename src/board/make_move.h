@@ -9,6 +9,8 @@ namespace quelmar {
 // caller's question. Opens the next stack entry, in which every us/them pair is seen from the new side to
 // move.
 void make_move(const Move* move);
+// The same for a caller that already has the key of the position after the move, from key_after_move.
+void make_move(const Move* move, HashKey key_after);
 
 // Takes back the last move made, which must have been `move`.
 void unmake_move(const Move* move);

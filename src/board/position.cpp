@@ -67,6 +67,15 @@ void rebuild_piece_lists() {
     }
 }
 
+PieceSets piece_sets_of_board() {
+    PieceSets sets;
+    for (const u8 square : square_of_index) {
+        if (is_man(position.at(square)))
+            sets.toggle(position.at(square), set_of(square));
+    }
+    return sets;
+}
+
 PackedMove pack_move(const Move& move) {
     return static_cast<PackedMove>(move.from) | static_cast<PackedMove>(move.to) << 8 |
            static_cast<PackedMove>(move.piece) << 16 | static_cast<PackedMove>(move.captured) << 20 |

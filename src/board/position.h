@@ -10,6 +10,7 @@
 // stands directly after its king.
 #pragma once
 
+#include "board/piece_sets.h"
 #include "board/types.h"
 
 namespace quelmar {
@@ -70,6 +71,7 @@ inline constexpr int SEARCH_HEADROOM = 2 * 80;
 struct Position {
     Table<u8, BOARD_SIZE> board{};               // OFF_BOARD outside the 64 squares, at all times
     Table<PieceLink, BOARD_SIZE> piece_links{};  // heads WHITE_LIST and BLACK_LIST, end LIST_END
+    PieceSets sets;                              // the same men as on the board
     Side side_to_move = WHITE;
     Table<Square, 2> king_home{};           // meaningful only with a castling right of that side
     Table<Square, 4> castle_rook_square{};  // White short, long, Black short, long
@@ -100,9 +102,12 @@ extern Position position;
 // king (never produced by set-up) keeps the head entry it had.
 void rebuild_piece_lists();
 
+// The sets of the men as they stand on the board now.
+PieceSets piece_sets_of_board();
+
 PackedMove pack_move(const Move& move);
 
-// Restores the first six fields; gives_check and score are 0. Kinds 6 and 7 do not occur and unpack as 0.
+// Restores the first six fields; gives_check is 0. Kinds 6 and 7 do not occur and unpack as 0.
 Move unpack_move(PackedMove packed);
 
 // The side that was to move when the current search started.
@@ -111,6 +116,17 @@ Side root_side();
 // Drops entries that no look-back and no clock can reach from the bottom of a nearly full stack. Called by
 // the front ends before they play a game move, so that games may be longer than the stack.
 void make_room_on_stack();
+
+// Calls `visit` with the squares of `men`, which are all men of `side`, in the order of its piece list.
+template <typename Visit> void visit_in_list_order(Side side, SquareSet men, Visit visit) {
+    Square square = is_single(men) ? square_of(std::countr_zero(men)) : position.first_of(side);
+    for (; men != NO_SQUARES; square = position.next_man(square)) {
+        if (!contains(men, square))
+            continue;
+        men ^= set_of(square);
+        visit(square);
+    }
+}
 
 // List primitives of make and unmake.
 inline PieceLink& link_of(Square square) {

@@ -207,6 +207,7 @@ void init_position_state() {
         (ours ? here.material_us : here.material_them) += value_of(piece);
     }
     rebuild_piece_lists();
+    position.sets = piece_sets_of_board();
     here.key = compute_key();
     here.pawn_key = compute_pawn_key();
 }
