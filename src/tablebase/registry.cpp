@@ -206,7 +206,6 @@ std::vector<std::string_view> table_directories(std::string_view path_list) {
 }
 
 int init_tablebases(std::string_view path_list) {
-    build_index_tables();
     material_tree();
     forget_everything();
     int highest = 0;
@@ -233,6 +232,7 @@ bool register_table(std::string_view directory, int number, Side side) {
         !count_entries(found, ending(number), side) || !ends_with_last_block(found) ||
         !enter_material(number, found.path))
         return false;
+    build_index_tables();  // not before a table is there: numbering all positions is most of the start-up
     table.path = std::move(found.path);
     table.block_directory.assign(BLOCK_CHAINS, 0);
     table.decoder_info = std::move(found.info);
