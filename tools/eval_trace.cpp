@@ -8,6 +8,7 @@
 
 #include "board/hash_keys.h"
 #include "board/position.h"
+#include "board/processor.h"
 #include "eval/exchange.h"
 #include "protocol/command_line.h"
 #include "protocol/game.h"
@@ -53,6 +54,7 @@ int main(int argc, char** argv) {
     }
     init_hash_keys();
     build_exchange_table();
+    find_modern_processor();
     if (argc == 3)
         choose_style(static_cast<int>(std::strtol(argv[2], nullptr, 10)) & 3);
     if (!set_up_or_report(argv[1]))

@@ -12,6 +12,7 @@
 // reaches the next. The node rate counts the searches alone.
 #include "board/hash_keys.h"
 #include "board/position.h"
+#include "board/processor.h"
 #include "board/setup.h"
 #include "eval/exchange.h"
 #include "platform/platform.h"
@@ -89,6 +90,7 @@ constexpr Sample SAMPLES[] = {
 void start_engine() {
     init_hash_keys();
     build_exchange_table();
+    find_modern_processor();
     constexpr int HASH_MB = 24;
     tt_allocate(HASH_MB);
 }

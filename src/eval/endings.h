@@ -7,10 +7,10 @@ namespace quelmar {
 
 // Looks for a known ending; to be asked when there is no more than ENDING_MATERIAL on the board. Returns true
 // with the final score for the side to move, or false after setting scale shifts and cannot_win flags.
-bool recognise_endgame(EvalContext& context, int& score);
+[[gnu::noinline]] bool recognise_endgame(EvalContext& context, int& score);
 
 // Pure pawn endings only: sets cannot_win where all pawns are rook pawns before the enemy king.
-void flag_rook_pawns(EvalContext& context);
+[[gnu::noinline]] void flag_rook_pawns(EvalContext& context);
 
 // Pure pawn endings only: kings, pawns and races in points for each side. Needs both attack maps.
 Table<int, 2> eval_pawn_ending(const EvalContext& context);

@@ -88,12 +88,16 @@ struct KingScore {
 // Needs the walk.
 Table<KingScore, 2> score_kings(const EvalContext& context);
 
+// Control of the centre, middlegame only. Needs the walk.
+Table<int, 2> score_centre();
+
 // Multiplies the balance of king danger; depends on playing_style.
 int king_safety_weight();
 
 // A pawn of `Us` on the square would not be lost to the men that bear on it.
 template <Side Us> bool safe_for_pawn(Square square) {
-    return exchange_loss(Facing<Us>::OUR_PAWN, attack_byte(WHITE, square), attack_byte(BLACK, square)) == 0;
+    return !contains(attacks_of(Facing<Us>::THEM).attacked, square) ||
+           exchange_loss(Facing<Us>::OUR_PAWN, attack_pair_on<Facing<Us>::THEM>(square)) == 0;
 }
 
 }  // namespace quelmar

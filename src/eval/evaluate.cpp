@@ -9,7 +9,9 @@
 #include "eval/evaluate.h"
 
 #include "board/position.h"
+#include "board/processor.h"
 #include "board/square_tables.h"
+#include "eval/attack_map.h"
 #include "eval/endings.h"
 #include "eval/eval_context.h"
 #include "eval/eval_trace.h"
@@ -37,7 +39,7 @@ struct NoRecord {
     void recognise(int /*score*/) {}
 };
 
-// The two totals. White's points come in as they are; `sign` turns their balance to the side to move.
+// The two totals, as White's points minus Black's; turned() gives them to the side to move.
 template <class Record> class Totals {
 public:
     Totals(Record& recorder, const int perspective) : record(recorder), sign(perspective) {}
@@ -45,14 +47,23 @@ public:
     void add(const char* term, Points white, Points black) { add(term, white, black, white - black); }
     void add(const char* term, Points white, Points black, Points balance) {
         record.add(term, white, black, balance);
-        sum += sign * balance;
+        sum += balance;
+    }
+    // For a term that counts alike in middlegame and endgame.
+    void add_both(const char* term, int white, int black) {
+        record.add(term, Points::both(white), Points::both(black), Points::both(white - black));
+        both += white - black;
     }
     // For the few terms that are reckoned from the side to move.
     void add_for_mover(const char* term, Points points) {
         add(term, sign > 0 ? points : Points{}, sign > 0 ? Points{} : points, sign * points);
     }
 
+    Points turned() const { return sign * (sum + Points::both(both)); }
+
+private:
     Points sum;
+    int both = 0;
     Record& record;
     const int sign;
 };
@@ -138,21 +149,6 @@ template <Side Us> int trapped_bishops(const EvalContext& context) {
     return (trapped(WEST, WEST_PAWN) ? TRAPPED : 0) + (trapped(EAST, EAST_PAWN) ? TRAPPED : 0);
 }
 
-// Twelve squares before the enemy's camp, weighed by place and by the kinds of men that bear on them.
-template <Side Us> int centre_control() {
-    constexpr Table<u8, 32> BY_KINDS = {0, 4, 2, 6, 1, 5, 3, 7, 1, 5, 3, 7, 2, 3, 3, 3,
-                                        0, 4, 2, 6, 1, 5, 3, 3, 1, 5, 3, 3, 2, 2, 2, 2};
-    constexpr Table<Table<u8, 4>, 3> WEIGHTS = {{{1, 2, 2, 1}, {2, 3, 3, 2}, {3, 4, 4, 3}}};
-    int control = 0;
-    for (int row = 0; row < 3; ++row) {
-        for (int column = 0; column < 4; ++column) {
-            const Square square = Facing<Us>::mirror(square_at(FILE_C + column, RANK_4 + row));
-            control += WEIGHTS[row][column] * BY_KINDS[attack_byte(Us, square) >> ATTACK_KIND_SHIFT];
-        }
-    }
-    return control;
-}
-
 // With bishops of opposite colours the side that attacks a shakier king gains; for the side to move.
 int opposite_bishop_attack(const EvalContext& context, const Table<KingScore, 2>& kings) {
     constexpr int MARGIN = 40, ATTACK = 10;
@@ -180,9 +176,9 @@ template <class Record>
 void start_totals(const EvalContext& context, Totals<Record>& totals, PlyOutputs& out) {
     const SideTerms& white = context.of(WHITE);
     const SideTerms& black = context.of(BLACK);
-    totals.add("material", Points::both(white.material), Points::both(black.material));
-    totals.add("placement", Points::both(white.placement), Points::both(black.placement));
-    out.ply_material_placement = totals.sum.mg;
+    totals.add_both("material", white.material, black.material);
+    totals.add_both("placement", white.placement, black.placement);
+    out.ply_material_placement = totals.turned().mg;
     out.ply_king_danger = {};
     out.ply_passed_score = {};
     totals.add("endgame king", {0, endgame_king_gain<WHITE>(context)},
@@ -199,18 +195,15 @@ template <class Record> void score_pieces(const EvalContext& context, Totals<Rec
     const SideTerms& black = context.of(BLACK);
     totals.add("rooks at king", {white.rook_aim, 0}, {black.rook_aim, 0});
     totals.add_for_mover("knights, span", {0, knights_and_span(context)});
-    totals.add("bishop pair", Points::both(bishop_pair<WHITE>(context)),
-               Points::both(bishop_pair<BLACK>(context)));
-    totals.add("major pieces", Points::both(major_pieces<WHITE>(context)),
-               Points::both(major_pieces<BLACK>(context)));
+    totals.add_both("bishop pair", bishop_pair<WHITE>(context), bishop_pair<BLACK>(context));
+    totals.add_both("major pieces", major_pieces<WHITE>(context), major_pieces<BLACK>(context));
     totals.add("pawn count", {pawn_count<WHITE>(context), 0}, {pawn_count<BLACK>(context), 0});
     totals.add("seventh rank", seventh_rank<WHITE>(context), seventh_rank<BLACK>(context));
-    totals.add("trapped bishops", Points::both(trapped_bishops<WHITE>(context)),
-               Points::both(trapped_bishops<BLACK>(context)));
-    totals.add("mobility", Points::both(MOBILITY_WEIGHT * white.mobility),
-               Points::both(MOBILITY_WEIGHT * black.mobility));
-    totals.add("bad bishops", Points::both(-white.bad_bishops), Points::both(-black.bad_bishops));
-    totals.add("centre", {centre_control<WHITE>(), 0}, {centre_control<BLACK>(), 0});
+    totals.add_both("trapped bishops", trapped_bishops<WHITE>(context), trapped_bishops<BLACK>(context));
+    totals.add_both("mobility", MOBILITY_WEIGHT * white.mobility, MOBILITY_WEIGHT * black.mobility);
+    totals.add_both("bad bishops", -white.bad_bishops, -black.bad_bishops);
+    const Table<int, 2> centre = score_centre();
+    totals.add("centre", {centre[WHITE], 0}, {centre[BLACK], 0});
 }
 
 template <class Record> void add_kings(const EvalContext& context, Totals<Record>& totals, PlyOutputs& out) {
@@ -226,9 +219,9 @@ template <class Record> void add_kings(const EvalContext& context, Totals<Record
                {danger, danger / ENDGAME_DANGER_DIVISOR});
     totals.add_for_mover("opposite bishops", {opposite_bishop_attack(context, kings), 0});
     totals.add("pawn storm", {white.storm, 0}, {black.storm, 0});
-    totals.add("boxed rook", Points::both(white.boxed_rook), Points::both(black.boxed_rook));
-    totals.add("development", Points::both(DEVELOPMENT_WEIGHT * white.development),
-               Points::both(DEVELOPMENT_WEIGHT * black.development));
+    totals.add_both("boxed rook", white.boxed_rook, black.boxed_rook);
+    totals.add_both("development", DEVELOPMENT_WEIGHT * white.development,
+                    DEVELOPMENT_WEIGHT * black.development);
 }
 
 template <class Record> void add_pawns(EvalContext& context, Totals<Record>& totals, PlyOutputs& out) {
@@ -236,7 +229,7 @@ template <class Record> void add_pawns(EvalContext& context, Totals<Record>& tot
     const PawnScore& white = pawns[WHITE];
     const PawnScore& black = pawns[BLACK];
     out.ply_passed_score = {white.passed, black.passed};
-    totals.add("pawn structure", Points::both(white.structure), Points::both(black.structure));
+    totals.add_both("pawn structure", white.structure, black.structure);
     totals.add("passed pawns", {white.passed / 2, white.passed}, {black.passed / 2, black.passed});
     totals.add("passed pawns' kings", {0, white.passed_kings}, {0, black.passed_kings});
     if (context.total_non_pawn() == 0) {
@@ -293,10 +286,11 @@ template <class Record> int evaluate_with(Record& record) {
     score_pieces(context, totals);
     add_kings(context, totals, out);
     add_pawns(context, totals, out);
-    damp_opposite_bishops(context, totals.sum);
-    const int blended = blend(context, totals.sum);
+    Points sum = totals.turned();
+    damp_opposite_bishops(context, sum);
+    const int blended = blend(context, sum);
     out.ply_eval = scale(context, blended);
-    record.finish(context, totals.sum, blended, out.ply_eval);
+    record.finish(context, sum, blended, out.ply_eval);
     return out.ply_eval;
 }
 
@@ -325,9 +319,18 @@ struct TraceRecord {
 
 }  // namespace
 
-int evaluate() {
+static int evaluate_plainly() {
     NoRecord record;
     return evaluate_with(record);
+}
+
+QUELMAR_MODERN_COPY static int evaluate_on_modern_processor() {
+    NoRecord record;
+    return evaluate_with(record);
+}
+
+int evaluate() {
+    return modern_processor ? evaluate_on_modern_processor() : evaluate_plainly();
 }
 
 EvalTrace trace_evaluation() {

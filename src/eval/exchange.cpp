@@ -4,8 +4,8 @@
 // The table is filled by recursion instead of by half a million exchanges. Let S(v, A, D) be what the owner
 // of a man of value v loses when byte A attacks and byte D defends. With no attacker left it is 0; otherwise
 // the cheapest attacker, worth c, may capture and then stands there itself: S(v, A, D) = max(0, v - S(c, D,
-// A')), A' being the byte that remains of A. Since A' is smaller than A, the rows of both colours follow one
-// from the other in ascending order.
+// A')), A' being the byte that remains of A. Since A' is smaller than A, the pairs follow from each other in
+// the order of their sums.
 #include "eval/exchange.h"
 
 #include "board/attacks.h"
@@ -18,11 +18,12 @@
 
 namespace quelmar {
 
-Table<Table<Table<u8, 256>, 256>, 13> exchange_table;
+Table<Table<u8, ATTACK_PAIRS>, WORTHS> exchange_table;
+Table<SquareSet, 2> endangered_men;
 
 namespace {
 
-constexpr Table<u8, 13> TABLE_VALUE = {0, 1, 3, 3, 5, 10, 100, 1, 3, 3, 5, 10, 100};  // pawns
+constexpr Table<u8, WORTHS> TABLE_VALUE = {0, 1, 3, 5, 10, 100};  // pawns, by worth
 
 constexpr int XRAY_ONLY_VALUE = 10;  // an attacker whose kind is not known counts as a queen
 
@@ -59,51 +60,20 @@ int remaining_of(int byte) {
     return next_attack_byte[byte];
 }
 
-// The white man whose plane of the table holds the values of an attacker worth `value`.
-constexpr Piece plane_of_value(int value) {
-    return value == 1 ? PAWN : value == 3 ? KNIGHT : value == 5 ? ROOK : value == 10 ? QUEEN : KING;
+// The worth whose value is that of an attacker.
+constexpr int worth_of_value(int value) {
+    return value == 1 ? 1 : value == 3 ? 2 : value == 5 ? 3 : value == 10 ? 4 : 5;
 }
 
-constexpr Table<Piece, 5> DISTINCT_KINDS = {PAWN, KNIGHT, ROOK, QUEEN, KING};
-
-auto& row_of(Piece man, int white_byte) {
-    return exchange_table[man][white_byte];
-}
-
-u8 left_over(u8 value, u8 counter_loss) {
-    return static_cast<u8>(value > counter_loss ? value - counter_loss : 0);
-}
-
-// Black men attacked by `white_byte`: White captures, and what it loses itself stands in the rows of the
-// white men for the white byte that remains.
-void fill_black_rows(int white_byte) {
-    if ((white_byte & ATTACK_COUNT) == 0)
+// What men of every worth lose between two bytes, after all pairs with a smaller sum.
+void fill_pair(int attackers, int defenders) {
+    if ((attackers & ATTACK_COUNT) == 0)
         return;
-    const auto& answers = row_of(plane_of_value(cheapest_of(white_byte)), remaining_of(white_byte));
-    for (const Piece kind : DISTINCT_KINDS) {
-        auto& row = row_of(man_of(BLACK, kind), white_byte);
-        const u8 value = TABLE_VALUE[kind];
-        for (int black_byte = 0; black_byte < 256; ++black_byte)
-            row[black_byte] = left_over(value, answers[black_byte]);
-    }
-}
-
-// White men defended by `white_byte`, after the black rows of the same byte.
-void fill_white_rows(int white_byte) {
-    Table<u8, 256> counter_loss;
-    for (int black_byte = 0; black_byte < 256; ++black_byte) {
-        const Piece capturer = man_of(BLACK, plane_of_value(cheapest_of(black_byte)));
-        const auto& answers = row_of(capturer, white_byte);
-        counter_loss[black_byte] = (black_byte & ATTACK_COUNT) == 0 ? u8{255}
-                                                                    // nobody captures: nothing is lost
-                                                                    : answers[remaining_of(black_byte)];
-    }
-    for (const Piece kind : DISTINCT_KINDS) {
-        auto& row = row_of(kind, white_byte);
-        const u8 value = TABLE_VALUE[kind];
-        for (int black_byte = 0; black_byte < 256; ++black_byte)
-            row[black_byte] = left_over(value, counter_loss[black_byte]);
-    }
+    const int answered = attack_pair(defenders, remaining_of(attackers));
+    const int counter_loss = exchange_table[worth_of_value(cheapest_of(attackers))][answered];
+    const int pair = attack_pair(attackers, defenders);
+    for (int worth = 1; worth < WORTHS; ++worth)
+        exchange_table[worth][pair] = static_cast<u8>(std::max(TABLE_VALUE[worth] - counter_loss, 0));
 }
 
 }  // namespace
@@ -115,7 +85,7 @@ int attack_byte_exchange(Piece piece, int white_byte, int black_byte) {
     const auto byte_of = [&bytes](Side side) -> int& { return bytes[side]; };
     const Side attacker = other_side(side_of(piece));
     Table<int, 16> gain{};  // a byte counts at most seven captures
-    gain[0] = TABLE_VALUE[piece];
+    gain[0] = TABLE_VALUE[worth_of_piece[piece]];
     if ((byte_of(attacker) & ATTACK_COUNT) == 0)
         return 0;
 
@@ -134,12 +104,11 @@ int attack_byte_exchange(Piece piece, int white_byte, int black_byte) {
 }
 
 void build_exchange_table() {
-    for (int white_byte = 0; white_byte < 256; ++white_byte) {
-        fill_black_rows(white_byte);
-        fill_white_rows(white_byte);
+    constexpr int HIGHEST = 255;
+    for (int sum = 0; sum <= 2 * HIGHEST; ++sum) {
+        for (int attackers = std::max(0, sum - HIGHEST); attackers <= std::min(sum, HIGHEST); ++attackers)
+            fill_pair(attackers, sum - attackers);
     }
-    exchange_table[WHITE_BISHOP] = exchange_table[WHITE_KNIGHT];
-    exchange_table[BLACK_BISHOP] = exchange_table[BLACK_KNIGHT];
 }
 
 namespace {
@@ -264,31 +233,72 @@ int static_exchange(Square from, Square to) {
 
 namespace {
 
-// The three men of `side` that would lose most, worst first; of equals the earlier one in the piece list.
-void list_endangered(Side side, Table<u8, 3>& squares, Table<u8, 3>& values) {
-    values = {};
-    for (Square square = position.next_man(position.king_square(side)); square != LIST_END;
-         square = position.next_man(square)) {
-        const int loss =
-            exchange_loss(position.at(square), attack_byte(WHITE, square), attack_byte(BLACK, square));
-        if (loss <= values[2])
-            continue;
-        int place = 2;
-        for (; place > 0 && loss > values[place - 1]; --place) {
-            values[place] = values[place - 1];
-            squares[place] = squares[place - 1];
+// The men of `Us` that an exchange cannot win: one man attacks, it is worth no less and would be taken back.
+template <Side Us> SquareSet held_men() {
+    using Face = Facing<Us>;
+    const AttackMap& enemy = attacks_of(Face::THEM);
+    const SquareSet not_by_pawn = ~enemy.pawn(), not_by_minor = not_by_pawn & ~enemy.minor(),
+                    not_by_rook = not_by_minor & ~enemy.rook();
+    const PieceSets& sets = position.sets;
+    const SquareSet worth_no_less =
+        sets.of_man(Face::OUR_PAWN) |
+        ((sets.of_man(Face::OUR_KNIGHT) | sets.of_man(Face::OUR_BISHOP)) & not_by_pawn) |
+        (sets.of_man(Face::OUR_ROOK) & not_by_minor) | (sets.of_man(Face::OUR_QUEEN) & not_by_rook);
+    return worth_no_less & enemy.counted_once() & attacks_of(Us).counted();
+}
+
+// What the men of `Us` would lose, by index of the square; written for the men of the set only.
+template <Side Us> struct Losses {
+    SquareSet men = NO_SQUARES;
+    Table<u8, 64> of;
+
+    Losses() {
+        const SquareSet attacked = position.sets.of_side(Us) & attacks_of(Facing<Us>::THEM).attacked &
+                                   ~position.sets.of_man(Facing<Us>::OUR_KING);
+        for (const int index : indices_of(attacked & ~held_men<Us>())) {
+            const Square square = square_of(index);
+            const int loss = exchange_loss(position.at(square), attack_pair_on<Facing<Us>::THEM>(square));
+            of[index] = static_cast<u8>(loss);
+            men |= SquareSet{loss != 0} << index;
         }
-        values[place] = static_cast<u8>(loss);
-        squares[place] = static_cast<u8>(square);
     }
+    int on(Square square) const { return of[index_of(square)]; }
+};
+
+using Worst = Table<u8, 3>;
+
+void insert(Square square, int loss, Worst& squares, Worst& values) {
+    if (loss <= values[2])
+        return;
+    int place = 2;
+    for (; place > 0 && loss > values[place - 1]; --place) {
+        values[place] = values[place - 1];
+        squares[place] = squares[place - 1];
+    }
+    values[place] = static_cast<u8>(loss);
+    squares[place] = static_cast<u8>(square);
+}
+
+// The three men of `Us` that would lose most, worst first; of equals the earlier one in the piece list.
+template <Side Us> void list_endangered(Worst& squares, Worst& values) {
+    const Losses<Us> losses;
+    endangered_men[Us] = losses.men;
+    values = {};
+    visit_in_list_order(Us, losses.men,
+                        [&](Square square) { insert(square, losses.on(square), squares, values); });
 }
 
 }  // namespace
 
 void find_threats() {
     UndoRecord& here = position.current();
-    list_endangered(other_side(position.side_to_move), here.threat_square_them, here.threat_value_them);
-    list_endangered(position.side_to_move, here.threat_square_us, here.threat_value_us);
+    if (position.side_to_move == WHITE) {
+        list_endangered<BLACK>(here.threat_square_them, here.threat_value_them);
+        list_endangered<WHITE>(here.threat_square_us, here.threat_value_us);
+    } else {
+        list_endangered<WHITE>(here.threat_square_them, here.threat_value_them);
+        list_endangered<BLACK>(here.threat_square_us, here.threat_value_us);
+    }
 }
 
 }  // namespace quelmar

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "board/types.h"
+#include "eval/attack_map.h"
 
 namespace quelmar {
 
@@ -16,12 +17,25 @@ int attack_byte_exchange(Piece piece, int white_byte, int black_byte);
 // Fills the table. Called once at start-up.
 void build_exchange_table();
 
-// [piece][White's attack byte][Black's attack byte], filled by build_exchange_table.
-extern Table<Table<Table<u8, 256>, 256>, 13> exchange_table;
+// The rank of a man's worth in the table, by piece code: nothing, pawn, minor, rook, queen, king.
+inline constexpr int WORTHS = 6;
+inline constexpr Table<u8, 13> worth_of_piece = {0, 1, 2, 2, 3, 4, 5, 1, 2, 2, 3, 4, 5};
 
-inline int exchange_loss(Piece piece, int white_byte, int black_byte) {
-    return exchange_table[piece][white_byte][black_byte];
+// [worth][attack_pair of the capturing side's byte and the owner's], filled by build_exchange_table.
+inline constexpr int ATTACK_PAIRS = 65536;
+extern Table<Table<u8, ATTACK_PAIRS>, WORTHS> exchange_table;
+
+inline int exchange_loss(Piece piece, int pair) {
+    return exchange_table[worth_of_piece[piece]][pair];
 }
+inline int exchange_loss(Piece piece, int white_byte, int black_byte) {
+    return exchange_loss(piece, piece > WHITE_KING ? attack_pair(white_byte, black_byte)
+                                                   : attack_pair(black_byte, white_byte));
+}
+
+// By colour: the men but for the king that would lose material if both sides captured on their squares.
+// Written by find_threats.
+extern Table<SquareSet, 2> endangered_men;
 
 // Lists the three men of each side that are most in danger in the current stack entry, from the attack maps
 // that evaluate() has just left for this position.

@@ -7,6 +7,7 @@
 // square before the king, for each square of the zone that the enemy attacks, and again when nobody but the
 // king defends that square; which kinds of men attack adds up to three. The table's value is then scaled by
 // the enemy's men, so that a bare attacker frightens nobody.
+#include "board/reach.h"
 #include "board/square_tables.h"
 #include "eval/eval_context.h"
 #include "eval/evaluate.h"
@@ -59,42 +60,39 @@ bool style_has_shelter() {
     return playing_style != Style::AGGRESSIVE && playing_style != Style::SUICIDAL;
 }
 
-template <Side Us> bool own_bishop_on(Square square) {
-    return position.at(square) == Facing<Us>::OUR_BISHOP;
-}
-
 template <Side Us> bool own_man_on(Square square) {
     return is_man_of(position.at(square), Us);
 }
 
-// A pawn or bishop beside the king, with the pawn diagonally before the bishop's side.
-template <Side Us> int neighbour_cover(Square square) {
-    if (own_pawn_on<Us>(square))
-        return 5;
-    if (own_bishop_on<Us>(square))
-        return own_pawn_on<Us>(square + Facing<Us>::FORWARD) ? 5 : 3;
-    return 0;
+// A pawn or bishop beside the king; a bishop with a pawn before it is as good as a pawn.
+template <Side Us> int neighbour_cover(SquareSet beside, SquareSet pawns, SquareSet bishops) {
+    const SquareSet good = pawns | (bishops & forward<Facing<Us>::THEM>(pawns));
+    return 5 * size_of(beside & good) + 3 * size_of(beside & bishops & ~good);
 }
 
-template <Side Us> int front_cover(Square king) {
-    const Square front = king + Facing<Us>::FORWARD, far = front + Facing<Us>::FORWARD;
-    const bool diagonal_pawn = own_pawn_on<Us>(front - 1) || own_pawn_on<Us>(front + 1);
+template <Side Us> int front_cover(SquareSet front, SquareSet pawns, SquareSet bishops) {
+    const SquareSet far = forward<Us>(front);
+    const bool diagonal_pawn = ((to_west(front) | to_east(front)) & pawns) != 0,
+               far_pawn = (far & pawns) != 0;
     int cover = 0;
-    if (own_pawn_on<Us>(front))
+    if ((front & pawns) != 0)
         cover += diagonal_pawn ? 14 : 10;
-    else if (own_bishop_on<Us>(front))
-        cover += diagonal_pawn && own_pawn_on<Us>(far) ? 7 : 4;
-    if (own_pawn_on<Us>(far))
-        cover += own_pawn_on<Us>(far - 1) || own_pawn_on<Us>(far + 1) ? 4 : 3;
+    else if ((front & bishops) != 0)
+        cover += diagonal_pawn && far_pawn ? 7 : 4;
+    if (far_pawn)
+        cover += ((to_west(far) | to_east(far)) & pawns) != 0 ? 4 : 3;
     return cover;
 }
 
 // Pawns and bishops that cover the king; the state of the centre says how much that matters.
 template <Side Us> int shelter(const EvalContext& context) {
-    const Square king = context.of(Us).king, front = king + Facing<Us>::FORWARD;
     constexpr int DIAGONAL_PAWN = 7;
-    int cover = neighbour_cover<Us>(king - 1) + neighbour_cover<Us>(king + 1) + front_cover<Us>(king) +
-                DIAGONAL_PAWN * (own_pawn_on<Us>(front - 1) + own_pawn_on<Us>(front + 1));
+    const SquareSet pawns = position.sets.of_man(Facing<Us>::OUR_PAWN);
+    const SquareSet bishops = position.sets.of_man(Facing<Us>::OUR_BISHOP);
+    const SquareSet king = set_of(context.of(Us).king), beside = to_west(king) | to_east(king);
+    const int cover = neighbour_cover<Us>(beside, pawns, bishops) +
+                      front_cover<Us>(forward<Us>(king), pawns, bishops) +
+                      DIAGONAL_PAWN * size_of(forward<Us>(beside) & pawns);
     switch (context.pawns.structure_type) {
     case CENTRE_OPEN:
         return 2 * cover;
@@ -105,46 +103,29 @@ template <Side Us> int shelter(const EvalContext& context) {
     }
 }
 
-// Enemy attacks on the squares around a king: beside and behind it, the three before it, and the three before
-// those, of which only the kinds of attackers matter. Squares off the board do not count.
-template <Side Us> struct KingZone {
-    static constexpr int DEFENDED_BY_KING_ALONE = ATTACK_KING + 1;
-    int count = 0, kinds = 0;
+// Which kinds attack a square of the zone, as the index of ATTACKER_KINDS.
+int kinds_on(SquareSet zone, const AttackMap& attacks) {
+    int kinds = 0, bit = 1;
+    for (const SquareSet kind :
+         {attacks.pawn(), attacks.minor(), attacks.rook(), attacks.queen(), attacks.king()}) {
+        kinds += (zone & kind) != 0 ? bit : 0;
+        bit <<= 1;
+    }
+    return kinds;
+}
 
-    void add_far(Square square) {
-        if (position.at(square) != OFF_BOARD)
-            kinds |= attack_byte(Facing<Us>::THEM, square);
-    }
-    void add_near(Square square) {
-        if (position.at(square) == OFF_BOARD)
-            return;
-        const int attacks = attack_byte(Facing<Us>::THEM, square);
-        if (attacks == 0)
-            return;
-        kinds |= attacks;
-        count += attack_byte(Us, square) == DEFENDED_BY_KING_ALONE ? 2 : 1;
-    }
-    void add_front(Square square) {
-        if (position.at(square) == OFF_BOARD)
-            return;
-        count += !own_man_on<Us>(square);
-        add_near(square);
-    }
-};
-
+// The zone are the squares around the king, and the three before those in front of it, of which only the
+// kinds of attackers matter.
 template <Side Us> int king_danger(const EvalContext& context) {
-    constexpr int FORWARD = Facing<Us>::FORWARD;
     const Square king = context.of(Us).king;
-    KingZone<Us> zone{KING_ZONE_BASE[seen_by<Us>(king)], 0};
-    for (const int side_step : {-1, 0, 1}) {
-        zone.add_far(king + 2 * FORWARD + side_step);
-        zone.add_front(king + FORWARD + side_step);
-        zone.add_near(king - FORWARD + side_step);
-    }
-    zone.add_near(king + 1);
-    zone.add_near(king - 1);
-
-    const int index = zone.count + ATTACKER_KINDS[zone.kinds >> ATTACK_KIND_SHIFT];
+    const SquareSet place = set_of(king), near = king_reach_of(index_of(king));
+    const SquareSet front = forward<Us>(place | to_west(place) | to_east(place));
+    const SquareSet far = forward<Us>(front);
+    const AttackMap& enemy = attacks_of(Facing<Us>::THEM);
+    const SquareSet attacked = near & enemy.attacked;
+    const int count = KING_ZONE_BASE[seen_by<Us>(king)] + size_of(front & ~position.sets.of_side(Us)) +
+                      size_of(attacked) + size_of(attacked & attacks_of(Us).king_alone());
+    const int index = count + ATTACKER_KINDS[kinds_on(near | far, enemy)];
     const int danger = DANGER[std::min(index, static_cast<int>(DANGER.size()) - 1)];
     return -(danger * context.of(Facing<Us>::THEM).non_pawn) >> DANGER_SHIFT;  // rounds down
 }
@@ -217,23 +198,12 @@ template <Side Us> int bishop_at_home(Square square) {
 // Men that have not left the first rank, and rooks there without an open file.
 template <Side Us> int development(const EvalContext& context) {
     constexpr int BLOCKED_ROOK = 1, KNIGHT_AT_HOME = 5;
-    int at_home = 0;
-    for (int file = FILE_A; file <= FILE_H; ++file) {
-        const Square square = Facing<Us>::mirror(square_at(file, RANK_1));
-        switch (position.at(square)) {
-        case Facing<Us>::OUR_ROOK:
-            at_home += (context.pawns.of(Us).pawn_files & file_mask(file)) != 0 ? BLOCKED_ROOK : 0;
-            break;
-        case Facing<Us>::OUR_KNIGHT:
-            at_home += KNIGHT_AT_HOME;
-            break;
-        case Facing<Us>::OUR_BISHOP:
-            at_home += bishop_at_home<Us>(square);
-            break;
-        default:
-            break;
-        }
-    }
+    constexpr SquareSet HOME = first_rank<Us>();
+    const SquareSet pawn_files = SquareSet{context.pawns.of(Us).pawn_files} << (Us == WHITE ? 0 : 56);
+    int at_home = KNIGHT_AT_HOME * size_of(position.sets.of_man(Facing<Us>::OUR_KNIGHT) & HOME) +
+                  BLOCKED_ROOK * size_of(position.sets.of_man(Facing<Us>::OUR_ROOK) & pawn_files);
+    for (const int index : indices_of(position.sets.of_man(Facing<Us>::OUR_BISHOP) & HOME))
+        at_home += bishop_at_home<Us>(square_of(index));
     return DEVELOPMENT[std::min(at_home, static_cast<int>(DEVELOPMENT.size()) - 1)];
 }
 

@@ -1,28 +1,10 @@
-// What an evaluation leaves for the search: two attack maps, one byte per square and colour, and the outputs
-// of its ply.
-//
-// Bits 0-2 count the attackers, bits 3-7 say their kinds. An x-ray attack counts but sets no kind. An eighth
-// attacker carries into bit 3; nothing guards against it.
+// What an evaluation leaves for the search: the attack maps and the outputs of its ply.
 #pragma once
 
 #include "board/types.h"
+#include "eval/attack_map.h"
 
 namespace quelmar {
-
-inline constexpr int ATTACK_COUNT = 7;  // mask
-inline constexpr int ATTACK_PAWN = 8, ATTACK_MINOR = 16, ATTACK_ROOK = 32, ATTACK_QUEEN = 64,
-                     ATTACK_KING = 128;
-inline constexpr int ATTACK_XRAY = 0;
-inline constexpr int ATTACK_KIND_SHIFT = 3;
-
-using AttackMap = Table<u8, BOARD_SIZE>;
-
-// [WHITE] and [BLACK]; written by evaluate() only. Bytes of off-board squares are never read.
-inline Table<AttackMap, 2> attack_map;
-
-inline int attack_byte(Side side, Square square) {
-    return attack_map[side][square];
-}
 
 // Values stay until the next evaluation at that ply, and the search reads some of them before it evaluates a
 // node itself.

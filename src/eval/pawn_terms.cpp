@@ -163,7 +163,7 @@ template <Side Us> int path_value(const EvalContext& context, Square pawn, int b
 
 template <Side Us> bool held_by_minor(Square square) {
     const Piece man = position.at(square);
-    return (attack_byte(Facing<Us>::THEM, square) & ATTACK_MINOR) != 0 || man == Facing<Us>::THEIR_KNIGHT ||
+    return contains(attacks_of(Facing<Us>::THEM).minor(), square) || man == Facing<Us>::THEIR_KNIGHT ||
            man == Facing<Us>::THEIR_BISHOP;
 }
 
@@ -227,11 +227,6 @@ template <Side Us> int proximity(Square king, Square pawn) {
     return PROXIMITY[PROXIMITY_AHEAD - ahead][files + PROXIMITY_FILES];
 }
 
-// Whether we attack a square that is on the board.
-template <Side Us> bool barred(Square square) {
-    return position.at(square) != OFF_BOARD && attack_byte(Us, square) != 0;
-}
-
 // The enemy king cannot come nearer to the pawn's file: we attack the three squares on its way.
 template <Side Us> int cut_off_bonus(const EvalContext& context, Square pawn) {
     const Square king = context.of(Facing<Us>::THEM).king;
@@ -239,7 +234,8 @@ template <Side Us> int cut_off_bonus(const EvalContext& context, Square pawn) {
     if (files >= -1 && files <= 1)
         return 0;
     const Square beside = king + (files > 0 ? 1 : -1);
-    if (!barred<Us>(beside) || !barred<Us>(beside + 16) || !barred<Us>(beside - 16))
+    const SquareSet barred = attacks_of(Us).attacked;
+    if (!contains(barred, beside) || !contains(barred, beside + 16) || !contains(barred, beside - 16))
         return 0;
     return CUT_OFF[std::abs(files)];
 }

@@ -68,48 +68,37 @@ template <Side Us> bool beside_own_pawn(Square square) {
     return own_pawn_on<Us>(square - 1) || own_pawn_on<Us>(square + 1);
 }
 
-template <Side Us> bool is_passed(Square pawn) {
-    for (Square square = pawn + Facing<Us>::FORWARD; Facing<Us>::rank(square) <= RANK_7;
-         square += Facing<Us>::FORWARD) {
-        if (enemy_pawn_on<Us>(square) || enemy_pawn_on<Us>(square - 1) || enemy_pawn_on<Us>(square + 1))
-            return false;
-    }
-    return true;
-}
+// The pawns of one side by what their lists ask.
+template <Side Us> struct PawnClasses {
+    static constexpr Side THEM = Facing<Us>::THEM;
+    SquareSet own = position.sets.of_man(Facing<Us>::OUR_PAWN);
+    SquareSet passed, isolated, backward;
+    SquareSet before_own, behind_own;  // with an own pawn behind, or in front, on their file
 
-template <Side Us> bool own_pawn_along(Square pawn, int step) {
-    for (Square square = pawn + step; position.at(square) != OFF_BOARD; square += step) {
-        if (own_pawn_on<Us>(square))
-            return true;
+    PawnClasses() {
+        const SquareSet enemies = position.sets.of_man(Facing<Us>::THEIR_PAWN);
+        const SquareSet in_the_way = enemies & ~first_rank<THEM>();
+        passed = own & ~all_before<THEM>(in_the_way | beside(in_the_way));
+        before_own = own & all_before<Us>(own);
+        behind_own = own & all_before<THEM>(own);
+        const SquareSet neighbours = own & ~first_rank<WHITE>() & ~first_rank<BLACK>();
+        isolated = own & ~beside(neighbours | all_before<WHITE>(neighbours) | all_before<BLACK>(neighbours));
+        backward = backward_pawns(beside(forward<THEM>(enemies)));
     }
-    return false;
-}
 
-template <Side Us> bool is_isolated(Square pawn) {
-    for (int rank = RANK_2; rank <= RANK_7; ++rank) {
-        if (beside_own_pawn<Us>(square_at(file_of(pawn), rank)))
-            return false;
+private:
+    static constexpr SquareSet beside(SquareSet squares) { return to_west(squares) | to_east(squares); }
+
+    // A pawn that cannot advance past the pawns that attack `held` and that no other pawn can come to help.
+    SquareSet backward_pawns(SquareSet held) const {
+        constexpr SquareSet SECOND = forward<Us>(first_rank<Us>()), THIRD = forward<Us>(SECOND);
+        constexpr SquareSet TO_FOURTH = SECOND | THIRD | forward<Us>(THIRD);
+        const SquareSet supported = beside(own) | all_before<Us>(beside(own));
+        const SquareSet held_now = forward<THEM>(held);
+        const SquareSet held_next = forward<THEM>(forward<THEM>(held) & ~supported) & TO_FOURTH;
+        return own & ((held_now & ~supported) | (held_next & ~held_now));
     }
-    return true;
-}
-
-// Whether an own pawn on a neighbouring file stands beside `square` or behind it.
-template <Side Us> bool supported_at(Square square) {
-    for (; position.at(square) != OFF_BOARD; square -= Facing<Us>::FORWARD) {
-        if (beside_own_pawn<Us>(square))
-            return true;
-    }
-    return false;
-}
-
-// A pawn that cannot advance past enemy pawns and that no other pawn can come to help.
-template <Side Us> bool is_backward(Square pawn) {
-    const Square front = pawn + Facing<Us>::FORWARD;
-    if (attacked_by_enemy_pawn<Us>(front))
-        return !supported_at<Us>(pawn);
-    return Facing<Us>::rank(pawn) >= RANK_2 && Facing<Us>::rank(pawn) <= RANK_4 &&
-           attacked_by_enemy_pawn<Us>(front + Facing<Us>::FORWARD) && !supported_at<Us>(front);
-}
+};
 
 template <Side Us> int chain_bonus(Square pawn) {
     const bool back = Facing<Us>::rank(pawn) <= RANK_3;
@@ -144,19 +133,18 @@ template <Side Us> void count_pawn(SidePawns& pawns, Square pawn) {
         static_cast<i8>(pawns.storm_queen_side + storm_value<Us>(STORM_QUEEN_SIDE, pawn));
 }
 
-template <Side Us> void list_pawn(SidePawns& pawns, ListCounts& counts, Square pawn) {
-    if (is_passed<Us>(pawn))
+template <Side Us>
+void list_pawn(SidePawns& pawns, ListCounts& counts, const PawnClasses<Us>& classes, Square pawn) {
+    if (contains(classes.passed, pawn))
         put(pawns.passed, counts.passed, pawn);
-    if (own_pawn_along<Us>(pawn, -Facing<Us>::FORWARD))
+    if (contains(classes.before_own, pawn))
         put(pawns.doubled, counts.doubled, pawn);
-    if (is_isolated<Us>(pawn)) {
-        if (own_pawn_along<Us>(pawn, Facing<Us>::FORWARD))
-            put(pawns.isolated_rear, counts.isolated_rear, pawn);
-        else
-            put(pawns.isolated, counts.isolated, pawn);
-    } else if (is_backward<Us>(pawn)) {
+    if (contains(classes.isolated & classes.behind_own, pawn))
+        put(pawns.isolated_rear, counts.isolated_rear, pawn);
+    else if (contains(classes.isolated, pawn))
+        put(pawns.isolated, counts.isolated, pawn);
+    else if (contains(classes.backward, pawn))
         put(pawns.backward, counts.backward, pawn);
-    }
 }
 
 template <Side Us> void classify_side(SidePawns& pawns) {
@@ -164,12 +152,11 @@ template <Side Us> void classify_side(SidePawns& pawns) {
     pawns.lowest_file = FILE_H + 1;
     pawns.highest_file = FILE_A - 1;
     ListCounts counts;
-    for (Square square = position.first_of(Us); square != LIST_END; square = position.next_man(square)) {
-        if (!own_pawn_on<Us>(square))
-            continue;
+    const PawnClasses<Us> classes;
+    visit_in_list_order(Us, classes.own, [&](Square square) {
         count_pawn<Us>(pawns, square);
-        list_pawn<Us>(pawns, counts, square);
-    }
+        list_pawn<Us>(pawns, counts, classes, square);
+    });
     const int weak = counts.passed + counts.doubled + counts.backward + counts.isolated;
     pawns.weak_count_penalty = WEAK_COUNT[std::min(weak, WEAK_COUNT.size() - 1)];
 }
@@ -220,7 +207,7 @@ CentreType centre_type(const PawnEntry& entry) {
                                                                                   : CENTRE_HALF_OPEN;
 }
 
-void classify(PawnEntry& entry, u32 key) {
+[[gnu::noinline]] void classify(PawnEntry& entry, u32 key) {
     classify_side<WHITE>(entry.of(WHITE));
     classify_side<BLACK>(entry.of(BLACK));
     entry.structure_type = centre_type(entry);

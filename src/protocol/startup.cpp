@@ -1,6 +1,7 @@
 #include "protocol/startup.h"
 
 #include "board/hash_keys.h"
+#include "board/processor.h"
 #include "eval/exchange.h"
 #include "protocol/config_file.h"
 #include "protocol/game.h"
@@ -59,6 +60,7 @@ void load_settings(UciKind kind) {
 }
 
 void start_engine(UciKind kind) {
+    find_modern_processor();
     init_hash_keys();
     build_exchange_table();
     connect_search();

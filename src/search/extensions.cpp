@@ -9,7 +9,6 @@
 #include "search/search_state.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace quelmar {
 
@@ -151,10 +150,14 @@ bool is_without_pawns_and_rooks(const UndoRecord& here) {
 void keep_attack_facts(MoveContext& context) {
     const Side us = position.side_to_move;
     const Square target = move_before().to;
-    context.recapture_attackers = target != 0 ? attack_byte(us, target) & ATTACK_COUNT : 0;
-    const int start = last_rank_start(us);
-    for (int colour = 0; colour < 2; ++colour)
-        std::memcpy(context.promotion_attacks[colour].data(), attack_map[colour].data() + start, 8);
+    context.recapture_attackers = target != 0 ? attacks_of(us).count_on(target) : 0;
+    if (!is_endgame_material())
+        return;
+    for (int file = 0; file < 8; ++file) {
+        for (const Side side : {WHITE, BLACK})
+            context.promotion_attacks[side][file] =
+                static_cast<u8>(attack_byte(side, last_rank_start(us) + file));
+    }
 }
 
 Depth move_extension(const MoveContext& context, const Move& move, Score best) {

@@ -18,7 +18,7 @@ struct MoveContext {
     bool mate_threat = false;  // passing would be answered by a mate
     // From the attack maps of the node's own evaluation, which its descendants overwrite.
     int recapture_attackers = 0;                 // of ours on the square of the move before
-    Table<Table<u8, 8>, 2> promotion_attacks{};  // [colour][file] on our last rank
+    Table<Table<u8, 8>, 2> promotion_attacks{};  // [colour][file] on our last rank; endgames only
 };
 
 // Copies from the attack maps what the rules need later. evaluate() must just have seen the position.

@@ -30,7 +30,7 @@ inline const Move& own_move_before() {
 // the position.
 inline bool is_enemy_king_en_prise() {
     const Side us = position.side_to_move;
-    return attack_byte(us, position.king_square(other_side(us))) != 0;
+    return contains(attacks_of(us).attacked, position.king_square(other_side(us)));
 }
 
 // Whether the king of `side` stands `by` or more units worse than at the previous ply. Danger is 0 or

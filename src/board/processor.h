@@ -1,0 +1,33 @@
+// Which instructions the processor has beyond those that every machine of its kind has. The build itself uses
+// none of them; a few functions that gain much are compiled once more with them, and the copy to run is
+// chosen here.
+#pragma once
+
+namespace quelmar {
+
+// Clang does not make the callees part of the copy, and 32-bit processors seldom have the instructions.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+
+// Goes before the second copy of a function; everything that it calls becomes part of it.
+#define QUELMAR_MODERN_COPY [[gnu::flatten, gnu::target("popcnt,bmi,bmi2,avx2")]]
+
+// Whether to run the copies; false until find_modern_processor() has looked.
+inline bool modern_processor = false;
+
+// Part of start-up. Without it everything works the same, only slower.
+inline void find_modern_processor() {
+    __builtin_cpu_init();
+    modern_processor = __builtin_cpu_supports("popcnt") && __builtin_cpu_supports("bmi") &&
+                       __builtin_cpu_supports("bmi2") && __builtin_cpu_supports("avx2");
+}
+
+#else
+
+#define QUELMAR_MODERN_COPY
+
+inline constexpr bool modern_processor = false;
+inline void find_modern_processor() {}
+
+#endif
+
+}  // namespace quelmar
