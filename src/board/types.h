@@ -180,7 +180,7 @@ template <Side Us> struct Facing {
     }
 };
 
-// A move as the generators write it. 12 bytes.
+// A move as the generators write it, in one word.
 struct Move {
     u8 from = 0;         // 0 marks the null move
     u8 to = 0;           // for castling the king's destination
@@ -190,9 +190,8 @@ struct Move {
     u8 flags = 0;        // 0, one CASTLE_ bit, or EN_PASSANT
     u8 gives_check = 0;  // 0 or 1, set by the generators
     u8 spare = 0;
-    i32 score = 0;  // ordering score
 };
-static_assert(sizeof(Move) == 12);
+static_assert(sizeof(Move) == 8);
 
 // A move in one word, see pack_move; 0 = no move.
 using PackedMove = u32;

@@ -149,7 +149,9 @@ bool table_cutoff(Node& node) {
     return false;
 }
 
+// The null move's entry is asked for before the evaluation, which takes as long as it takes to come.
 void evaluate_node(Node& node) {
+    tt_prefetch(key_after_move(node.record.key, nullptr));
     node.eval = evaluate() >> search_state.grain_shift;
     find_threats();
     keep_attack_facts(node.context);
@@ -319,6 +321,7 @@ bool child_table_cutoff(Node& node) {
     constexpr Depth MIN_DEPTH = 240;
     if (node.depth < MIN_DEPTH || node.ply == 0)
         return false;
+    tt_prefetch_children();
     for (const Move& move : move_list.current()) {
         const TTEntry* child = tt_probe(key_after_packed_move(node.record.key, pack_move(move)));
         if (child == nullptr ||
@@ -428,8 +431,9 @@ bool search_moves(Node& node) {
         Depth extra = extend(node, *move);
         if (futile(node, *move, extra))
             continue;
-        make_move(move);
-        tt_prefetch(position.current().key);
+        const HashKey key = key_after_move(node.record.key, move);
+        tt_prefetch(key);
+        make_move(move, key);
         const Score value = search_child(node, *move, extra);
         if (stop_wanted())  // the node that saw it has already taken every move back
             return node.decide(0);

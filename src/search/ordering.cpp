@@ -2,17 +2,28 @@
 
 #include "board/move_list.h"
 #include "board/position.h"
+#include "board/processor.h"
 #include "eval/exchange.h"
 #include "search/path.h"
 #include "search/search_state.h"
 
+#include <algorithm>
 #include <limits>
+#include <span>
 
 namespace quelmar {
 
 namespace {
 
 constexpr i32 HANDED_OUT = std::numeric_limits<i32>::min();
+
+// The scores of the moves on the move stack, each in the place of its move. They lie apart from the moves so
+// that the picker reads nothing else.
+Table<i32, decltype(MoveList::move_stack)::size()> scores;
+
+std::span<i32> scores_of(std::span<Move> moves) {
+    return {scores.data() + (moves.data() - move_list.move_stack.data()), moves.size()};
+}
 
 // A move's score is its worth times this plus the cheapness of the man that moves, which decides between
 // equals.
@@ -55,25 +66,41 @@ i32 worth_of(const UndoRecord& here, const Move& move) {
     return move.promotion != EMPTY ? promotion_worth(move) : quiet_worth(move);
 }
 
-void score_move(Move& move, i32 worth) {
-    move.score = worth * WORTH_UNIT + cheapness[move.piece];
+i32 score_of(const Move& move, i32 worth) {
+    return worth * WORTH_UNIT + cheapness[move.piece];
 }
 
 void lift_first(Square from, Square to, i32 worth) {
-    for (Move& move : move_list.current()) {
-        if (move.from == from && move.to == to) {
-            score_move(move, worth);
-            return;
-        }
-    }
+    const std::span<Move> moves = move_list.current();
+    const auto move = std::find_if(moves.begin(), moves.end(), [from, to](const Move& candidate) {
+        return candidate.from == from && candidate.to == to;
+    });
+    if (move != moves.end())
+        scores_of(moves)[static_cast<std::size_t>(move - moves.begin())] = score_of(*move, worth);
+}
+
+// The place of the best score, the first of equals.
+std::size_t place_of_best(std::span<const i32> left) {
+    i32 best = HANDED_OUT;
+    for (const i32 score : left)
+        best = std::max(best, score);
+    std::size_t place = 0;
+    while (place < left.size() && left[place] != best)
+        ++place;
+    return place;
+}
+
+QUELMAR_MODERN_COPY std::size_t place_of_best_on_modern_processor(std::span<const i32> left) {
+    return place_of_best(left);
 }
 
 }  // namespace
 
 void order_moves(PackedMove table_move) {
     const UndoRecord& here = position.current();
-    for (Move& move : move_list.current())
-        score_move(move, worth_of(here, move));
+    const std::span<Move> moves = move_list.current();
+    std::transform(moves.begin(), moves.end(), scores_of(moves).begin(),
+                   [&here](const Move& move) { return score_of(move, worth_of(here, move)); });
     // The later the stronger: each may override the one before.
     const int ply = position.search_ply;
     if (table_move != 0)
@@ -87,17 +114,14 @@ void order_moves(PackedMove table_move) {
 }
 
 Move* pick_move() {
-    Move* best = nullptr;
-    i32 best_score = HANDED_OUT;
-    for (Move& move : move_list.current()) {
-        if (move.score > best_score) {
-            best = &move;
-            best_score = move.score;
-        }
-    }
-    if (best != nullptr)
-        best->score = HANDED_OUT;
-    return best;
+    const std::span<Move> moves = move_list.current();
+    const std::span<i32> left = scores_of(moves);
+    const std::size_t place =
+        modern_processor ? place_of_best_on_modern_processor(left) : place_of_best(left);
+    if (place == left.size() || left[place] == HANDED_OUT)
+        return nullptr;
+    left[place] = HANDED_OUT;
+    return &moves[place];
 }
 
 void update_history_and_killer(const Move& move, Depth depth) {

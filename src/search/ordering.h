@@ -1,5 +1,5 @@
-// The order in which a node tries its moves. Scores are written into the moves of the current ply's list,
-// which the picker then hands out one by one; the list itself stays in the generator's order.
+// The order in which a node tries its moves. Every move of the current ply's list is scored, and the picker
+// then hands them out one by one; the list itself stays in the generator's order.
 #pragma once
 
 #include "board/types.h"

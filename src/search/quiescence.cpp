@@ -105,7 +105,7 @@ bool table_cutoff(QNode& node) {
 void evaluate_node(QNode& node) {
     const Side us = position.side_to_move;
     node.eval = evaluate() >> search_state.grain_shift;
-    node.in_check = attack_byte(other_side(us), position.king_square(us)) != 0;
+    node.in_check = contains(attacks_of(other_side(us)).attacked, position.king_square(us));
     search_state.at(node.ply).ply_in_check = node.in_check;
 }
 
@@ -171,7 +171,6 @@ bool worth_searching(const QNode& node, const Move& move) {
 // True when the move reached beta.
 bool search_move(QNode& node, const Move& move, int check_limit) {
     make_move(&move);
-    tt_prefetch(position.current().key);
     const Score value = -qsearch(1 - node.beta, node.depth - ONE_PLY, check_limit);
     unmake_move(&move);
     if (value > node.best) {
@@ -200,6 +199,7 @@ void search_quiet_checks(QNode& node) {
     if (node.best >= node.beta || !node.checks_allowed || node.best >= enough_without_checks(node))
         return;
     generate_quiet_checks();
+    tt_prefetch_children();
     order_moves(node.table_move);
     while (const Move* move = pick_move()) {
         if (static_exchange(move->from, move->to) >= 0 && search_move(node, *move, node.check_limit))
@@ -234,6 +234,7 @@ Score qsearch(Score beta, Depth depth, int check_limit) {
     decide_on_checks(node);
     if (without_moves(node))
         return node.result;
+    tt_prefetch_children();
     order_moves(node.table_move);
     search_captures(node);
     search_quiet_checks(node);

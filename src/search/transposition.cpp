@@ -8,6 +8,8 @@
 // that stored it, in the search it is relative to the root.
 #include "search/transposition.h"
 
+#include "board/make_move.h"
+#include "board/move_list.h"
 #include "board/position.h"
 
 #include <algorithm>
@@ -16,6 +18,11 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+
+#ifdef __linux__
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
 
 namespace quelmar {
 
@@ -70,6 +77,18 @@ u64 megabytes_of(u64 buckets) {
     return buckets * sizeof(TTBucket) >> 20;
 }
 
+// Nearly every probe of a large table falls on another page. Large pages save most of the translations of
+// addresses; a system that knows none, or is short of them, does without.
+void ask_for_large_pages() {
+#ifdef MADV_HUGEPAGE
+    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    char* const begin = reinterpret_cast<char*>(tt_buckets.get());
+    const std::size_t before_page = (page - reinterpret_cast<std::uintptr_t>(begin) % page) % page;
+    const std::size_t bytes = static_cast<std::size_t>(tt_bucket_count) * sizeof(TTBucket) - before_page;
+    madvise(begin + before_page, bytes / page * page, MADV_HUGEPAGE);
+#endif
+}
+
 }  // namespace
 
 u64 tt_buckets_for(int megabytes) {
@@ -95,6 +114,7 @@ int tt_allocate(int megabytes) {
         std::printf("*** Cannot allocate the transposition table\n");
         std::exit(EXIT_FAILURE);
     }
+    ask_for_large_pages();
     return tt_bucket_count == wanted ? megabytes : static_cast<int>(megabytes_of(tt_bucket_count));
 }
 
@@ -118,8 +138,17 @@ TTEntry* tt_probe(HashKey key) {
     return nullptr;
 }
 
+// A bucket may lie across two cache lines.
 void tt_prefetch(HashKey key) {
-    __builtin_prefetch(&bucket_of(key));
+    const TTBucket& bucket = bucket_of(key);
+    __builtin_prefetch(&bucket);
+    __builtin_prefetch(reinterpret_cast<const char*>(&bucket + 1) - 1);
+}
+
+void tt_prefetch_children() {
+    const HashKey key = position.current().key;
+    for (const Move& move : move_list.current())
+        tt_prefetch(key_after_move(key, &move));
 }
 
 void tt_store_lower(Depth depth, PackedMove move, Score score, u8 flags) {

@@ -39,7 +39,12 @@ void tt_forget(HashKey key);  // forgets one position
 // The entry of the position with this key, or nullptr. Does not look at generations.
 TTEntry* tt_probe(HashKey key);
 
+// Asks the memory for the entry of the position with this key, so that a later probe does not wait for it.
 void tt_prefetch(HashKey key);
+
+// The same for the positions after all moves of the current ply's list, so that their entries come at the
+// same time.
+void tt_prefetch_children();
 
 // Record a bound of the current position. `move` 0 leaves the entry's old move. `depth` in 60ths of a ply.
 void tt_store_lower(Depth depth, PackedMove move, Score score, u8 flags);
