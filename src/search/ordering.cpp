@@ -17,12 +17,24 @@ namespace {
 
 constexpr i32 HANDED_OUT = std::numeric_limits<i32>::min();
 
-// The scores of the moves on the move stack, each in the place of its move. They lie apart from the moves so
-// that the picker reads nothing else.
-Table<i32, decltype(MoveList::move_stack)::size()> scores;
+// The scores of a ply's moves, each in the place of its move. They lie apart from the moves so that the
+// picker reads nothing else, and end with a whole number of lanes, so that it reads them as vectors.
+constexpr int LANES = 8;
+using ScoreList = Table<i32, MAX_MOVES_IN_POSITION + LANES>;
+static_assert(ScoreList::size() % LANES == 0);
 
-std::span<i32> scores_of(std::span<Move> moves) {
-    return {scores.data() + (moves.data() - move_list.move_stack.data()), moves.size()};
+struct Scores {
+    alignas(LANES * sizeof(i32)) ScoreList of;
+};
+Table<Scores, MOVE_LIST_PLIES> scores;
+
+ScoreList& current_scores() {
+    return scores[position.search_ply].of;
+}
+
+// How many vectors hold the scores of that many moves.
+int vectors_of(std::size_t moves) {
+    return static_cast<int>((moves + LANES - 1) / LANES);
 }
 
 // A move's score is its worth times this plus the cheapness of the man that moves, which decides between
@@ -51,56 +63,75 @@ i32 promotion_worth(const Move& move) {
     return sound ? ORDER_UNDERPROMOTION : ORDER_LOSING_UNDERPROMOTION;
 }
 
-i32 quiet_worth(const Move& move) {
-    const int ply = position.search_ply;
-    if (same_squares(move, search_state.at(ply).killer))
-        return ORDER_KILLER;
-    if (same_squares(move, search_state.at(ply - 2).killer))
-        return ORDER_OLDER_KILLER;
-    return static_cast<i32>(search_state.history_of(move) >> search_state.history_shift);
-}
+// What the worth of every move of a node asks, read once.
+class Worth {
+public:
+    i32 of(const Move& move) const {
+        if (move.captured != EMPTY)
+            return capture_worth(here_, move);
+        return move.promotion != EMPTY ? promotion_worth(move) : quiet_worth(move);
+    }
 
-i32 worth_of(const UndoRecord& here, const Move& move) {
-    if (move.captured != EMPTY)
-        return capture_worth(here, move);
-    return move.promotion != EMPTY ? promotion_worth(move) : quiet_worth(move);
-}
+private:
+    i32 quiet_worth(const Move& move) const {
+        if (same_squares(move, killer_))
+            return ORDER_KILLER;
+        if (same_squares(move, older_killer_))
+            return ORDER_OLDER_KILLER;
+        return static_cast<i32>(search_state.history_of(move) >> history_shift_);
+    }
+
+    const UndoRecord& here_ = position.current();
+    const Move killer_ = search_state.at(position.search_ply).killer;
+    const Move older_killer_ = search_state.at(position.search_ply - 2).killer;
+    const int history_shift_ = search_state.history_shift;
+};
 
 i32 score_of(const Move& move, i32 worth) {
     return worth * WORTH_UNIT + cheapness[move.piece];
 }
 
 void lift_first(Square from, Square to, i32 worth) {
-    const std::span<Move> moves = move_list.current();
-    const auto move = std::find_if(moves.begin(), moves.end(), [from, to](const Move& candidate) {
-        return candidate.from == from && candidate.to == to;
-    });
-    if (move != moves.end())
-        scores_of(moves)[static_cast<std::size_t>(move - moves.begin())] = score_of(*move, worth);
+    i32* score = current_scores().begin();
+    for (const Move& move : move_list.current()) {
+        if (move.from == from && move.to == to) {
+            *score = score_of(move, worth);
+            return;
+        }
+        ++score;
+    }
 }
 
-// The place of the best score, the first of equals.
-std::size_t place_of_best(std::span<const i32> left) {
+// The place of the best score, the first of equals; -1 when all are handed out.
+int place_of_best(const i32* left, int vectors) {
+    const int size = LANES * vectors;
     i32 best = HANDED_OUT;
-    for (const i32 score : left)
-        best = std::max(best, score);
-    std::size_t place = 0;
-    while (place < left.size() && left[place] != best)
-        ++place;
-    return place;
+    for (int i = 0; i < size; ++i)
+        best = std::max(best, left[i]);
+    if (best == HANDED_OUT)
+        return -1;
+    int from_end = 0;
+    for (int i = 0; i < size; ++i) {
+        const int is_best = left[i] == best;
+        from_end = std::max(from_end, -is_best & (size - i));
+    }
+    return size - from_end;
 }
 
-QUELMAR_MODERN_COPY std::size_t place_of_best_on_modern_processor(std::span<const i32> left) {
-    return place_of_best(left);
+QUELMAR_MODERN_COPY int place_of_best_on_modern_processor(const i32* left, int vectors) {
+    return place_of_best(static_cast<const i32*>(__builtin_assume_aligned(left, LANES * sizeof(i32))),
+                         vectors);
 }
 
 }  // namespace
 
 void order_moves(PackedMove table_move) {
-    const UndoRecord& here = position.current();
-    const std::span<Move> moves = move_list.current();
-    std::transform(moves.begin(), moves.end(), scores_of(moves).begin(),
-                   [&here](const Move& move) { return score_of(move, worth_of(here, move)); });
+    const std::span<const Move> moves = move_list.current();
+    const Worth worth;
+    i32* score = current_scores().begin();
+    for (const Move& move : moves)
+        *score++ = score_of(move, worth.of(move));
+    std::fill_n(score, LANES, HANDED_OUT);
     // The later the stronger: each may override the one before.
     const int ply = position.search_ply;
     if (table_move != 0)
@@ -114,14 +145,14 @@ void order_moves(PackedMove table_move) {
 }
 
 Move* pick_move() {
-    const std::span<Move> moves = move_list.current();
-    const std::span<i32> left = scores_of(moves);
-    const std::size_t place =
-        modern_processor ? place_of_best_on_modern_processor(left) : place_of_best(left);
-    if (place == left.size() || left[place] == HANDED_OUT)
+    i32* const left = current_scores().begin();
+    const int vectors = vectors_of(move_list.current().size());
+    const int place =
+        modern_processor ? place_of_best_on_modern_processor(left, vectors) : place_of_best(left, vectors);
+    if (place < 0)
         return nullptr;
     left[place] = HANDED_OUT;
-    return &moves[place];
+    return move_list.start_of(position.search_ply) + place;
 }
 
 void update_history_and_killer(const Move& move, Depth depth) {
