@@ -101,6 +101,12 @@ struct Tally {
     SquareSet ones = 0, twos = 0, fours = 0, crowded = 0;
     SquareSet pawn = 0, minor = 0, rook = 0, queen = 0, king = 0;
 
+    // Counts the first three men.
+    void start_with(SquareSet first, SquareSet second, SquareSet third) {
+        const SquareSet differ = first ^ second;
+        ones = differ ^ third;
+        twos = (first & second) | (differ & third);
+    }
     void count(SquareSet squares) {
         const SquareSet carry = ones & squares;
         ones ^= squares;
@@ -212,11 +218,9 @@ private:
 
     void count_pawns_and_king() {
         const SquareSet west = sights.pawns_to_west(), east = sights.pawns_to_east();
-        tally.count(west);
-        tally.count(east);
         tally.pawn = west | east;
         tally.king = king_reach_of(index_of(terms.king));
-        tally.count(tally.king);
+        tally.start_with(west, east, tally.king);
     }
 
     void visit_knight(int index) {

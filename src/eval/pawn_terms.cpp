@@ -21,7 +21,6 @@ using FileValues = Table<u8, 8>;
 // Penalties by file, and what a blocking enemy piece adds to them.
 constexpr FileValues ISOLATED = {4, 8, 14, 20, 20, 14, 8, 4};
 constexpr FileValues BACKWARD = {10, 20, 30, 40, 40, 30, 20, 10};
-constexpr FileValues DOUBLED = {8, 14, 20, 30, 30, 20, 14, 8};
 constexpr FileValues KNIGHT_BLOCKADE = {0, 4, 7, 10, 10, 7, 4, 0};
 constexpr FileValues BISHOP_BLOCKADE = {0, 2, 4, 7, 7, 4, 2, 0};
 
@@ -125,15 +124,12 @@ template <int SIZE, typename Rule> void for_each_listed(const Table<u8, SIZE>& l
     }
 }
 
-// An isolated pawn behind another one costs half as much as a doubled one.
 template <Side Us> int structure_score(const EvalContext& context) {
     const SidePawns& pawns = context.pawns.of(Us);
-    int penalty = pawns.weak_count_penalty;
+    int penalty = 0;
     for_each_listed(pawns.isolated, [&](Square pawn) { penalty += isolated_penalty<Us>(pawn); });
     for_each_listed(pawns.backward, [&](Square pawn) { penalty += backward_penalty<Us>(context, pawn); });
-    for_each_listed(pawns.doubled, [&](Square pawn) { penalty += DOUBLED[file_of(pawn)]; });
-    for_each_listed(pawns.isolated_rear, [&](Square pawn) { penalty += DOUBLED[file_of(pawn)] / 2; });
-    return pawns.structure_bonus - penalty;
+    return pawns.structure - penalty;
 }
 
 template <Side Us>

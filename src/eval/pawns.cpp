@@ -53,6 +53,8 @@ constexpr SquareValues STORM_QUEEN_SIDE = on_board({{
 // Penalty by the number of passed and weak pawns of a side; the last entry stands for all higher counts.
 constexpr Table<u8, 7> WEAK_COUNT = {0, 0, 2, 5, 10, 18, 30};
 
+constexpr Table<u8, 8> DOUBLED = {8, 14, 20, 30, 30, 20, 14, 8};  // penalty by file
+
 // A side's passed and weak pawns, those that a full list leaves out included.
 struct ListCounts {
     int isolated = 0, doubled = 0, isolated_rear = 0, backward = 0, passed = 0;
@@ -147,6 +149,16 @@ void list_pawn(SidePawns& pawns, ListCounts& counts, const PawnClasses<Us>& clas
         put(pawns.backward, counts.backward, pawn);
 }
 
+// An isolated pawn behind another one costs half as much as a doubled one.
+int structure_of_pawns(const SidePawns& pawns) {
+    int penalty = pawns.weak_count_penalty;
+    for (const Square pawn : pawns.doubled)
+        penalty += pawn != 0 ? DOUBLED[file_of(pawn)] : 0;
+    for (const Square pawn : pawns.isolated_rear)
+        penalty += pawn != 0 ? DOUBLED[file_of(pawn)] / 2 : 0;
+    return pawns.structure_bonus - penalty;
+}
+
 template <Side Us> void classify_side(SidePawns& pawns) {
     pawns = SidePawns{};
     pawns.lowest_file = FILE_H + 1;
@@ -159,6 +171,7 @@ template <Side Us> void classify_side(SidePawns& pawns) {
     });
     const int weak = counts.passed + counts.doubled + counts.backward + counts.isolated;
     pawns.weak_count_penalty = WEAK_COUNT[std::min(weak, WEAK_COUNT.size() - 1)];
+    pawns.structure = narrow<i16>(structure_of_pawns(pawns));
 }
 
 // The ranks on which a white pawn can stand before a black one.

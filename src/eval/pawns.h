@@ -37,6 +37,7 @@ struct SidePawns {
     u8 light_pawns = 0, dark_pawns = 0;
     u8 central_light = 0, central_dark = 0;  // of those, on files c to f
     u8 weak_count_penalty = 0;
+    i16 structure = 0;  // what of the structure's score depends on the pawns alone
 };
 
 struct PawnEntry {

@@ -70,14 +70,15 @@ Depth mate_threat_extension(int balance) {
 // Whether `move` takes back, with the only man that can, what the opponent has just taken: like for like, and
 // nothing else of theirs hangs.
 bool is_recapture(const MoveContext& context, const Move& move) {
-    if (position.game_ply <= 1 || position.search_ply <= 1)
+    if (context.recapture_attackers != 1 || move.captured == EMPTY || position.game_ply <= 1 ||
+        position.search_ply <= 1)
         return false;
     const UndoRecord& here = position.current();
     const Move& last = move_before();
     return last.captured != EMPTY && move.to == last.to && here.threat_value_them[0] != 0 &&
            here.threat_square_them[0] == move.to && here.threat_value_them[1] == 0 &&
            own_move_before().to != move.to && value_of(move.captured) == value_of(last.captured) &&
-           value_of(move.captured) >= MINOR_VALUE && context.recapture_attackers == 1;
+           value_of(move.captured) >= MINOR_VALUE;
 }
 
 Depth recapture_extension(const Move& move) {
@@ -160,22 +161,23 @@ void keep_attack_facts(MoveContext& context) {
     }
 }
 
+Depth common_extension(const MoveContext& context) {
+    const int balance = outputs_at(position.search_ply).ply_material_placement;
+    return single_reply_extension(context) + (context.mate_threat ? mate_threat_extension(balance) : 0) +
+           king_safety_extension(balance);
+}
+
 Depth move_extension(const MoveContext& context, const Move& move, Score best) {
     if (const Depth pawn_ending = pawn_ending_extension(move, best))
         return pawn_ending;
     const Side us = position.side_to_move;
-    const int balance = outputs_at(position.search_ply).ply_material_placement;
-    Depth sum = move.gives_check != 0 ? ONE_PLY : 0;
-    sum += single_reply_extension(context);
-    if (context.mate_threat)
-        sum += mate_threat_extension(balance);
+    Depth sum = context.common + (move.gives_check != 0 ? ONE_PLY : 0);
     if (is_recapture(context, move))
         sum += recapture_extension(move);
     if (pawn_to_seventh(move))
         sum += seventh_rank_extension(context, move, us);
     if (pawn_to_sixth(move))
         sum += sixth_rank_extension(move, us);
-    sum += king_safety_extension(balance);
     return std::min(sum, MAX_EXTENSION);
 }
 

@@ -19,10 +19,14 @@ struct MoveContext {
     // From the attack maps of the node's own evaluation, which its descendants overwrite.
     int recapture_attackers = 0;                 // of ours on the square of the move before
     Table<Table<u8, 8>, 2> promotion_attacks{};  // [colour][file] on our last rank; endgames only
+    Depth common = 0;                            // common_extension of the fields above
 };
 
 // Copies from the attack maps what the rules need later. evaluate() must just have seen the position.
 void keep_attack_facts(MoveContext& context);
+
+// What every move of the node is extended by, before the limit. To be asked once its moves are listed.
+Depth common_extension(const MoveContext& context);
 
 // Extension of `move`, not yet made: 0..60, or 90, 120 or 150 when it leads into a pawn ending. `best` is the
 // node's best score so far.

@@ -316,6 +316,13 @@ bool without_moves(Node& node) {
     return count == 0 && node.decide(node.ply - MATE_SCORE);
 }
 
+// What the rules about single moves ask of the node as a whole.
+void judge_all_moves(Node& node) {
+    constexpr Depth SHRINK_BELOW = 240;
+    node.context.common = common_extension(node.context);
+    node.shrinks = !node.in_check() && node.depth < SHRINK_BELOW && pruning_allowed();
+}
+
 // Whether a child is known, deeply enough, to be bad for the opponent.
 bool child_table_cutoff(Node& node) {
     constexpr Depth MIN_DEPTH = 240;
@@ -364,8 +371,8 @@ Depth extend(Node& node, const Move& move) {
 // Leaves a quiet move out that cannot come near the root's score, or takes a ply off `extra`. A pruned move
 // stands with its estimate.
 bool futile(Node& node, const Move& move, Depth& extra) {
-    constexpr Depth SHRINK_BELOW = 240, PRUNE_BELOW = 180, PRUNE_PUSHES_BELOW = 120;
-    if (node.in_check() || move.gives_check != 0 || node.depth >= SHRINK_BELOW || !pruning_allowed())
+    constexpr Depth PRUNE_BELOW = 180, PRUNE_PUSHES_BELOW = 120;
+    if (!node.shrinks || move.gives_check != 0)
         return false;
     const PlyOutputs& outputs = node.outputs();
     const Score estimate =
@@ -480,7 +487,10 @@ Score search(Score beta, Depth depth, bool null_allowed) {
     detect_check(node);
     set_futility_thresholds(node);
     if (at_ply_limit(node) || static_null_move(node) || (null_allowed && null_move(node)) ||
-        deepen_internally(node) || without_moves(node) || child_table_cutoff(node))
+        deepen_internally(node) || without_moves(node))
+        return node.result;
+    judge_all_moves(node);
+    if (child_table_cutoff(node))
         return node.result;
     order_moves(node.table_move());
     if (search_moves(node))  // true only when the search was stopped
