@@ -69,9 +69,12 @@ void toggle_castling(const Castling& castling, Square king_from, Square rook_fro
 
 // What make and unmake of every other move do to the sets. Each is its own inverse.
 void toggle_men(const Move& move, Square victim) {
-    const Piece arriving = move.promotion != EMPTY ? move.promotion : move.piece;
-    position.sets.toggle(move.piece, set_of(move.from));
-    position.sets.toggle(arriving, set_of(move.to));
+    if (move.promotion == EMPTY) {
+        position.sets.toggle(move.piece, set_of(move.from) ^ set_of(move.to));
+    } else {
+        position.sets.toggle(move.piece, set_of(move.from));
+        position.sets.toggle(move.promotion, set_of(move.to));
+    }
     if (move.captured != EMPTY)
         position.sets.toggle(move.captured, set_of(victim));
 }

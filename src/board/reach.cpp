@@ -33,29 +33,49 @@ consteval Table<LinesThrough, 64> lines_table() {
     Table<LinesThrough, 64> table;
     for (int i = 0; i < table.size(); ++i) {
         const Square square = square_of_index[i];
-        table[i] = {line(square, 17), line(square, 15), line(square, 16)};
+        table[i] = {line(square, 17), line(square, 15)};
     }
     return table;
 }
 
-// The files that a slider sees on a rank with men on the files of `men`.
-consteval u8 seen_on_rank(int file, int men) {
+// The places 0..7 of a line that a slider on `place` sees with men on the places of `men`.
+consteval int seen_on_line(int place, int men) {
     int seen = 0;
     for (const int direction : {1, -1}) {
-        for (int target = file + direction; target >= 0 && target < 8; target += direction) {
+        for (int target = place + direction; target >= 0 && target < 8; target += direction) {
             seen |= 1 << target;
             if ((men >> target & 1) != 0)
                 break;
         }
     }
-    return static_cast<u8>(seen);
+    return seen;
 }
 
-consteval Table<Table<u8, 64>, 8> rank_table() {
-    Table<Table<u8, 64>, 8> table{};
+consteval Table<Table<SquareSet, 64>, 8> files_table() {
+    Table<Table<SquareSet, 64>, 8> table{};
     for (int file = 0; file < 8; ++file) {
         for (int inner = 0; inner < 64; ++inner)
-            table[file][inner] = seen_on_rank(file, inner << 1);
+            table[file][inner] = on_files(seen_on_line(file, inner << 1));
+    }
+    return table;
+}
+
+// Rank 7 is the lowest bit of the men.
+consteval int men_by_rank(int inner) {
+    int men = 0;
+    for (int bit = 0; bit < 6; ++bit)
+        men |= (inner >> bit & 1) << (6 - bit);
+    return men;
+}
+
+consteval Table<Table<SquareSet, 64>, 8> file_a_table() {
+    Table<Table<SquareSet, 64>, 8> table{};
+    for (int rank = 0; rank < 8; ++rank) {
+        for (int inner = 0; inner < 64; ++inner) {
+            const int seen = seen_on_line(rank, men_by_rank(inner));
+            for (int target = 0; target < 8; ++target)
+                table[rank][inner] |= static_cast<SquareSet>(seen >> target & 1) << (8 * target);
+        }
     }
     return table;
 }
@@ -65,6 +85,7 @@ consteval Table<Table<u8, 64>, 8> rank_table() {
 constexpr Table<LinesThrough, 64> lines_through = lines_table();
 constexpr Table<SquareSet, 64> knight_reach = steps_table(knight_offsets);
 constexpr Table<SquareSet, 64> king_reach = steps_table(king_offsets);
-constexpr Table<Table<u8, 64>, 8> first_rank_reach = rank_table();
+constexpr Table<Table<SquareSet, 64>, 8> files_seen = files_table();
+constexpr Table<Table<SquareSet, 64>, 8> file_a_seen = file_a_table();
 
 }  // namespace quelmar

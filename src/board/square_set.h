@@ -50,11 +50,6 @@ constexpr bool is_single(SquareSet set) {
     return set != 0 && (set & (set - 1)) == 0;
 }
 
-// The same set on the board turned upside down: rank 1 becomes rank 8.
-constexpr SquareSet flip_ranks(SquareSet set) {
-    return __builtin_bswap64(set);
-}
-
 // Every square of the set one step on, as `Us` looks at the board; what leaves the board is dropped.
 template <Side Us> constexpr SquareSet forward(SquareSet set) {
     return Us == WHITE ? set << 8 : set >> 8;
