@@ -431,15 +431,32 @@ void report_refutation(const Node& node, const Move& move) {
         search_reports.root_move_refuted(move);
 }
 
+// A move and the key of the position after it.
+struct Pick {
+    const Move* move;  // nullptr when all have been searched
+    HashKey key = 0;
+};
+
+// The next move in order, whose child's entry is asked for now: it comes while the move before is searched.
+Pick pick_ahead(const Node& node) {
+    Pick pick{pick_move()};
+    if (pick.move != nullptr) {
+        pick.key = key_after_move(node.record.key, pick.move);
+        tt_prefetch(pick.key);
+    }
+    return pick;
+}
+
 // True only when the search was stopped.
 bool search_moves(Node& node) {
-    while (const Move* move = pick_move()) {
+    Pick next = pick_ahead(node);
+    while (const Move* move = next.move) {
+        const HashKey key = next.key;
+        next = pick_ahead(node);
         announce_root_move(node, *move);
         Depth extra = extend(node, *move);
         if (futile(node, *move, extra))
             continue;
-        const HashKey key = key_after_move(node.record.key, move);
-        tt_prefetch(key);
         make_move(move, key);
         const Score value = search_child(node, *move, extra);
         if (stop_wanted())  // the node that saw it has already taken every move back
