@@ -8,7 +8,7 @@ namespace quelmar {
 
 // Score, in piece_value units from the mover's view, of the exchange started by moving the man on `from` to
 // `to`. Plays it out on the board with x-ray attackers; en passant and promotions are not considered.
-int static_exchange(Square from, Square to);
+[[gnu::noinline]] int static_exchange(Square from, Square to);
 
 // Material (pawn 1, minor 3, rook 5, queen 10, king 100) that `piece` would lose on a square with these
 // attack bytes, 0..100. Slow; the table below holds all its values.
