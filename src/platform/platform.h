@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -43,6 +44,11 @@ std::string_view file_name(std::string_view path);
 std::string_view list_separators();
 bool is_regular_file(const char* path);
 bool is_directory(const char* path);
+
+struct CloseFile {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
 
 // A binary file; nullptr with errno set if it cannot be opened.
 std::FILE* open_to_read(const std::filesystem::path& path);

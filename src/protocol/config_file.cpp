@@ -7,13 +7,13 @@
 
 #include "protocol/config_file.h"
 
+#include "platform/platform.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
 #include "search/search_settings.h"
 
 #include <array>
 #include <cstdio>
-#include <memory>
 #include <string>
 
 namespace quelmar {
@@ -83,10 +83,6 @@ constexpr Key KEYS[] = {
 };
 // clang-format on
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
 }  // namespace
 
 bool apply_config_line(std::string_view line) {
@@ -103,7 +99,7 @@ bool apply_config_line(std::string_view line) {
 }
 
 void read_config_file() {
-    const std::unique_ptr<std::FILE, CloseFile> file{std::fopen("quelmar.ini", "r")};
+    const platform::FileHandle file{std::fopen("quelmar.ini", "r")};
     if (!file)
         return;
     Table<char, LINE_BUFFER> line;

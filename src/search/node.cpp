@@ -55,7 +55,7 @@ void open_ply() {
     PlyRecord& here = search_state.at(ply);
     here.threat_move = 0;
     here.extension = 0;
-    here.reduced = here.mate_threat = here.bm_extended = false;
+    here.mate_threat = here.bm_extended = false;
     here.check_count = search_state.at(ply - 1).check_count;  // zero before the root
     if (ply > 0 && (move_before().gives_check != 0 || king_cover_lost(position.side_to_move, CHECK_DANGER)))
         ++here.check_count[other_side(position.side_to_move)];
@@ -194,7 +194,6 @@ bool tablebase_cutoff(Node& node) {
 void detect_check(Node& node) {
     const bool unknown = position.game_ply == 0 || move_before().promotion != EMPTY;
     node.context.in_check = unknown ? in_check(node.us()) : move_before().gives_check != 0;
-    node.here.ply_in_check = node.in_check();
 }
 
 bool at_ply_limit(Node& node) {
@@ -400,9 +399,7 @@ Score search_child(Node& node, const Move& move, Depth extra) {
         node.searched >= MOVES_IN_FULL && node.depth >= REDUCE_FROM ? late_move_reduction(move) : 0;
     if (reduction == 0)
         return -search(1 - node.beta, node.depth + extra - ONE_PLY, true);
-    node.here.reduced = true;
     const Score value = -search(1 - node.beta, node.depth - ONE_PLY * reduction - ONE_PLY, true);
-    node.here.reduced = false;
     if (stop_wanted() || value < node.beta)
         return value;
     return -search(1 - node.beta, node.depth - ONE_PLY, false);

@@ -106,7 +106,6 @@ void evaluate_node(QNode& node) {
     const Side us = position.side_to_move;
     node.eval = evaluate() >> search_state.grain_shift;
     node.in_check = contains(attacks_of(other_side(us)).attacked, position.king_square(us));
-    search_state.at(node.ply).ply_in_check = node.in_check;
 }
 
 // The move before was illegal. Nothing may answer before this is known, neither a draw nor a stand pat: the

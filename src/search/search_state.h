@@ -14,10 +14,8 @@ inline constexpr int MAX_PV = 51;
 struct PlyRecord {
     PackedMove threat_move = 0;   // refuted the null move here; 0 = none
     Depth extension = 0;          // of the move being searched, 60ths of a ply
-    bool reduced = false;         // the move being searched is searched with a late-move reduction
     bool mate_threat = false;     // the null move was answered by a mate
     bool bm_extended = false;     // the Botvinnik-Markoff condition held
-    bool ply_in_check = false;    // the side to move is in check
     Table<int, 2> check_count{};  // by side, along the path
     Move killer;                  // last quiet move that caused a cut-off here
     Move mate_killer;             // the move that gave mate in one here

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "board/types.h"
+#include "platform/platform.h"
 #include "tablebase/compressed_file.h"
 #include "tablebase/table_memory.h"
 
@@ -18,10 +19,7 @@ struct TableReports {
 
 inline TableReports table_reports;
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FileHandle = std::unique_ptr<std::FILE, CloseFile>;
+using platform::FileHandle;
 
 inline constexpr u32 TABLE_BLOCK_SIZE = 8192;  // bytes, of plain and of compressed tables
 inline constexpr u32 BLOCK_CHAINS = 32;        // per table

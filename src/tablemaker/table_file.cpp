@@ -14,10 +14,7 @@ namespace quelmar::tablemaker {
 
 namespace {
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
+using File = platform::FileHandle;
 
 [[noreturn]] void fail(const std::filesystem::path& path, const std::string& what) {
     throw TablemakerError(path.string() + ": " + what);

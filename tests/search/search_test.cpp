@@ -55,7 +55,7 @@ TEST_F(SearchTest, NoRuleReadsLeftovers) {
             PlyRecord& record = search_state.at(ply);
             record.threat_move = 0x4454;
             record.extension = 60;
-            record.reduced = record.mate_threat = record.bm_extended = record.ply_in_check = true;
+            record.mate_threat = record.bm_extended = true;
             record.check_count = {3, 3};
         }
         const Verdict dirty = search_to(6);
