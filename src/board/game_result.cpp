@@ -13,13 +13,13 @@ namespace {
 constexpr Table<const char*, 9> RESULT_TEXTS = {
     "", "50 moves", "Repetition", "Material", "Stalemate", "Agreement", "Mate", "Time", "Resign"};
 
-// Nothing on either side that could ever mate.
-bool material_insufficient(const UndoRecord& here) {
+}  // namespace
+
+bool is_material_insufficient() {
+    const UndoRecord& here = position.current();
     return here.pawns_us == 0 && here.pawns_them == 0 && here.material_us < ROOK_VALUE &&
            here.material_them < ROOK_VALUE;
 }
-
-}  // namespace
 
 const char* result_text(GameResult result) {
     return RESULT_TEXTS[static_cast<int>(result)];
@@ -55,7 +55,7 @@ GameResult game_state() {
         return GameResult::FIFTY_MOVES;
     if (is_threefold_repetition())
         return GameResult::REPETITION;
-    return material_insufficient(here) ? GameResult::MATERIAL : GameResult::NONE;
+    return is_material_insufficient() ? GameResult::MATERIAL : GameResult::NONE;
 }
 
 }  // namespace quelmar

@@ -17,6 +17,9 @@ inline constexpr int FIFTY_MOVES = 100;  // plies without capture, pawn move or 
 // Whether the current position stands for the third time within the reversible part of the game.
 bool is_threefold_repetition();
 
+// Whether nothing is left on either side that could ever mate.
+bool is_material_insufficient();
+
 // State of the game for the side to move. Overwrites the current ply's move list with the legal moves.
 GameResult game_state();
 

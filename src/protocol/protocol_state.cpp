@@ -7,7 +7,10 @@ namespace quelmar {
 ProtocolState protocol_state;
 
 void tell(const std::string& text) {
-    std::printf("%s %s\n", protocol_state.uci_mode ? "info string" : "#", text.c_str());
+    std::string line = (protocol_state.uci_mode ? "info string " : "# ") + text;
+    if (protocol_state.standard_uci)
+        line.erase(line.find_last_not_of(' ') + 1);
+    std::printf("%s\n", line.c_str());
 }
 
 std::string excerpt(std::string_view said) {

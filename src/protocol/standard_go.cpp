@@ -25,6 +25,7 @@ using Limit = std::optional<i64>;
 
 struct GoArguments {
     bool ponder = false, infinite = false;
+    bool has_words = false;
     Table<Limit, 2> time, increment;  // by side, milliseconds
     Limit moves_to_go, depth, nodes, mate, move_time;
     std::vector<Move> moves;
@@ -62,7 +63,7 @@ const Keyword* find_keyword(std::string_view word) {
     return found != std::end(KEYWORDS) ? found : nullptr;
 }
 
-bool ends_move_list(std::string_view word) {
+bool is_word_of_go(std::string_view word) {
     return word.empty() || find_keyword(word) != nullptr || word == "ponder" || word == "infinite" ||
            word == "searchmoves";
 }
@@ -74,7 +75,7 @@ std::vector<Move> take_moves(std::string_view& text) {
     for (;;) {
         std::string_view rest = text;
         const std::string_view word = take_word(rest);
-        if (ends_move_list(word))
+        if (is_word_of_go(word))
             return moves;
         text = rest;
         if (const Move* move = find_root_move(word))
@@ -84,9 +85,21 @@ std::vector<Move> take_moves(std::string_view& text) {
     }
 }
 
+// The number that the next word is; a word that is neither that nor a word of "go" is passed over.
+Limit take_limit(std::string_view& text) {
+    std::string_view rest = text;
+    std::string_view word = take_word(rest);
+    if (is_word_of_go(word))
+        return std::nullopt;
+    text = rest;
+    const Limit number = take_big_number(word);
+    return word.empty() ? number : std::nullopt;
+}
+
 GoArguments read_arguments(std::string_view text) {
     GoArguments go;
     for (std::string_view word = take_word(text); !word.empty(); word = take_word(text)) {
+        go.has_words = true;
         if (word == "ponder") {
             go.ponder = true;
         } else if (word == "infinite") {
@@ -94,9 +107,11 @@ GoArguments read_arguments(std::string_view text) {
         } else if (word == "searchmoves") {
             go.moves = take_moves(text);
         } else if (const Keyword* keyword = find_keyword(word)) {
-            keyword->limit(go) = take_big_number(text);
+            keyword->limit(go) = take_limit(text);
             if (!keyword->limit(go))
                 tell("no number behind " + excerpt(word));
+        } else {
+            tell("unknown word " + excerpt(word) + " behind go");
         }
     }
     return go;
@@ -132,6 +147,8 @@ SideClock game_clock(const GoArguments& go, Side side) {
 }
 
 SideClock clock_of(const GoArguments& go, Side side) {
+    if (go.moves_to_go == 1 && go.time[side])  // the next move has time of its own
+        return {.kind = ClockKind::PER_MOVE, .time_left_ms = without_overhead(time_left(go, side))};
     if (go.has_clock())
         return game_clock(go, side);
     if (go.move_time)
@@ -161,6 +178,10 @@ SearchLimits limits_of(const GoArguments& go) {
         limits.move_time = limits.move_time > 0 ? std::min(limits.move_time, wanted) : wanted;
     }
     limits.moves = go.moves;
+    limits.lines = lines_wanted();
+    limits.plays_only_move_at_once = go.has_clock();
+    if (go.has_words && !go.infinite && !go.has_limit())
+        limits.iterations = 1;
     return limits;
 }
 
@@ -172,11 +193,13 @@ void standard_go(std::string_view arguments) {
         std::printf("bestmove %s\n", move_text(Move{}).c_str());
         return;
     }
-    const GoArguments go = read_arguments(arguments);
+    GoArguments go = read_arguments(arguments);
+    if (go.ponder && !go.has_limit())
+        go.move_time = 1;  // that is, until the hit
     for (const Side side : {WHITE, BLACK})
         position.current().clock[side] = clock_of(go, side);
     search_limits = limits_of(go);
-    search_control.uci_infinite = go.infinite || !go.has_limit();
+    search_control.uci_infinite = go.infinite || !go.has_words;
     search_control.ponder_state = go.ponder ? Pondering::YES : Pondering::NO;
     run_search();
     search_control.ponder_state = Pondering::NO;

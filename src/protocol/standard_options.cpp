@@ -24,7 +24,10 @@ constexpr int MAX_HASH_MB = sizeof(void*) > 4 ? 65536 : 1024;
 constexpr int MAX_CACHE_MB = 32;
 constexpr int MAX_OVERHEAD_MS = 5000;
 
+constexpr int MAX_LINES = 256;
+
 int overhead_ms = 30;
+int multi_pv = 1;
 
 enum class Kind { CHECK, SPIN, COMBO, BUTTON, STRING };
 
@@ -96,6 +99,7 @@ constexpr Option OPTIONS[] = {
     {"Threads", Kind::SPIN, nullptr, ignore, 1, 1, {}, [] { return 1; }},  // clients set it unasked
     {"Ponder", Kind::CHECK, nullptr, ignore},                              // "go ponder" says it all
     {"Move Overhead", Kind::SPIN, &overhead_ms, nullptr, 0, MAX_OVERHEAD_MS},
+    {"MultiPV", Kind::SPIN, &multi_pv, nullptr, 1, MAX_LINES},
     {"UCI_Chess960", Kind::CHECK, nullptr,
      [](int on) { castling_notation = on != 0 ? CastlingText::KING_TAKES_ROOK : CastlingText::KING_MOVE; },
      0, 1, {}, [] { return static_cast<int>(castles_onto_rook()); }},
@@ -226,6 +230,10 @@ void set_standard_option(std::string_view arguments) {
 
 int move_overhead_ms() {
     return overhead_ms;
+}
+
+int lines_wanted() {
+    return multi_pv;
 }
 
 }  // namespace quelmar

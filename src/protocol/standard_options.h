@@ -21,4 +21,7 @@ void set_standard_option(std::string_view arguments);
 // Milliseconds of every move that get lost between the engine and the clock.
 int move_overhead_ms();
 
+// How many lines a search shall find.
+int lines_wanted();
+
 }  // namespace quelmar

@@ -9,6 +9,7 @@
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
 #include "protocol/standard_go.h"
+#include "protocol/standard_lines.h"
 #include "protocol/standard_options.h"
 #include "protocol/text_values.h"
 #include "protocol/uci.h"
@@ -27,6 +28,8 @@ namespace quelmar {
 namespace {
 
 ProtocolState& state = protocol_state;
+
+constexpr u64 NODES_BETWEEN_LOOKS = 512;  // well below a millisecond
 
 void tell_fen_error(FenError error) {
     constexpr Table<const char*, 4> REASONS = {"", "the placement of the men is cut short",
@@ -109,8 +112,10 @@ void stop(std::string_view) {
 }
 
 void ponder_hit(std::string_view) {
-    if (search_control.ponder_state == Pondering::YES)
-        search_control.ponder_state = Pondering::HIT;
+    if (search_control.ponder_state != Pondering::YES)
+        return;
+    search_control.ponder_state = Pondering::HIT;
+    search_state.budget_start = clock_ms();
 }
 
 using enum Meanwhile;
@@ -183,6 +188,9 @@ void line_during_search(std::string_view line) {
 void run_standard_uci() {
     castling_notation = CastlingText::KING_MOVE;
     search_control.counts_moves_left = true;
+    search_control.keeps_lines = true;
+    search_control.nodes_between_looks = NODES_BETWEEN_LOOKS;
+    print_standard_lines();
     set_search_line_handler(line_during_search);
     remember_standard_defaults();
     tell_start_tables();

@@ -38,13 +38,17 @@ int internal_units(Score score) {
     return std::abs(score) <= PLAIN_SCORE_LIMIT ? score * search_settings.grain() : score;
 }
 
-bool is_mate(Score score) {
+}  // namespace
+
+bool is_mate_score(Score score) {
     return std::abs(internal_units(score)) > MATE_DISPLAY_LIMIT;
 }
 
 int centipawns(Score score) {
     return internal_units(score) * 100 >> 7;
 }
+
+namespace {
 
 // Moves to mate after `sign`, with "-" in front of both when we are mated.
 std::string mate_text(Score score, const char* sign) {
@@ -58,11 +62,10 @@ std::span<const Move> pv_moves(int at_most = MAX_PV) {
     return {search_state.pv.data(), static_cast<std::size_t>(std::min(search_state.pv_length, at_most))};
 }
 
+// A blank behind each move, or in front of each where lines must not end with one.
 void print_moves(std::span<const Move> moves) {
-    for (const Move& move : moves) {
-        print_move(move);
-        std::putchar(' ');
-    }
+    for (const Move& move : moves)
+        std::printf(protocol_state.standard_uci ? " %s" : "%s ", move_text(move).c_str());
 }
 
 // "+" or "#" when the move just made gives check or mate.
@@ -107,7 +110,7 @@ std::string pv_to_san() {
 
 void print_xboard_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKind kind) {
     int shown = centipawns(score);
-    if (is_mate(score))
+    if (is_mate_score(score))
         shown = internal_units(score) + (score > 0 ? XBOARD_MATE_OFFSET : -XBOARD_MATE_OFFSET);
     std::printf("%d %d %d %lld ", depth, shown, elapsed_ms / 10, static_cast<long long>(nodes));
     if (settings.san_output != 0)
@@ -123,7 +126,7 @@ void print_xboard_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKi
 
 void print_console_score(Score score, LineKind kind) {
     constexpr double PAWNS_PER_UNIT = 0.0078125;
-    const bool mate = is_mate(score);
+    const bool mate = is_mate_score(score);
     const std::string mate_in = mate_text(score, "#");
     const double pawns = internal_units(score) * PAWNS_PER_UNIT;
     if (kind == LineKind::EXACT)
@@ -147,7 +150,7 @@ void print_uci_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKind 
                                                         : "";
     std::printf("info depth %d seldepth %d time %d nodes %lld ", depth, search_state.sel_depth, elapsed_ms,
                 static_cast<long long>(nodes));
-    if (is_mate(score)) {
+    if (is_mate_score(score)) {
         std::printf("score mate %s %scurrmovenumber %d currmove %s nps %lld ", mate_text(score, "").c_str(),
                     bound, search_state.root_moves_searched,
                     move_text(search_state.current_root_move).c_str(),
@@ -183,9 +186,8 @@ void print_refutation(const Move& root_move) {
     Table<Move, MAX_PV> line;
     make_move(&root_move);
     const int length = walk_table(line);
-    std::printf("info refutation ");
-    print_move(root_move);
-    std::putchar(' ');
+    std::printf(protocol_state.standard_uci ? "info refutation" : "info refutation ");
+    print_moves({&root_move, 1});
     print_moves({line.data(), static_cast<std::size_t>(length)});
     std::putchar('\n');
     unmake_move(&root_move);
@@ -251,7 +253,7 @@ void print_tellall() {
     const int scores_per_pawn = 128 / search_settings.grain();
     std::printf("tellall depth=%d nodes=%lld score=", search_state.iteration,
                 static_cast<long long>(search_state.nodes));
-    if (is_mate(score))
+    if (is_mate_score(score))
         std::printf("%s", mate_text(score, "#").c_str());
     else
         std::printf("%.2f", static_cast<double>(score) / scores_per_pawn);

@@ -16,6 +16,10 @@ void print_what_the_search_says();
 // The variation is that of search_state.pv.
 void print_thinking_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKind kind);
 
+// The score of a line in hundredths of a pawn, for any but a mate.
+int centipawns(Score score);
+bool is_mate_score(Score score);
+
 void print_stat01();   // xboard analysis status
 void print_tellall();  // whisper to a chess server
 

@@ -6,6 +6,8 @@
 #include "board/move_list.h"
 #include "board/position.h"
 #include "search/principal_variation.h"
+#include "search/root_lines.h"
+#include "search/root_tables.h"
 #include "search/search.h"
 #include "search/search_control.h"
 #include "search/search_limits.h"
@@ -16,6 +18,7 @@
 #include "search/transposition.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace quelmar {
 
@@ -27,8 +30,12 @@ bool is_time_limited() {
     return search_state.timed && !is_endless();
 }
 
+RootLines root_lines;  // stays empty unless search_control.keeps_lines
+
+// What the line being searched was worth in the iteration before.
 Score score_before() {
-    return search_state.iteration_score[search_state.iteration - 1];
+    return root_lines.found() == 0 ? search_state.iteration_score[search_state.iteration - 1]
+                                   : root_lines.score_before();
 }
 
 // Without a score to go by, no quiet move is pruned on it.
@@ -91,7 +98,7 @@ bool settles_for_bounds(const Stepper& stepper) {
     constexpr int ENOUGH_FAIL_HIGHS = 3;
     if (!is_time_limited() || search_state.root_lower <= -INFINITE_SCORE)
         return false;
-    const i64 elapsed = elapsed_since(search_state.start_time);
+    const i64 elapsed = elapsed_since(search_state.budget_start);
     const i64 target = search_state.target_time;
     if (elapsed <= 2 * target)
         return false;
@@ -103,10 +110,16 @@ bool settles_for_bounds(const Stepper& stepper) {
 
 bool has_only_move() {
     return search_state.root_legal_moves == 1 && search_state.iteration > 1 && !is_endless() &&
-           search_limits.moves.empty();
+           search_limits.moves.empty() && search_limits.plays_only_move_at_once && root_lines.found() == 0;
 }
 
 void report_line(Score score, LineKind kind) {
+    if (search_control.keeps_lines) {
+        const RootLine& bound = root_lines.note_bound(score, kind);
+        if (root_lines.found() == 0 && root_choice.ranked.empty() && !bound.moves.empty())
+            search_reports.line(score, elapsed_since(search_state.start_time), kind);
+        return;
+    }
     read_principal_variation();
     search_reports.line(score, elapsed_since(search_state.start_time), kind);
 }
@@ -114,7 +127,47 @@ void report_line(Score score, LineKind kind) {
 void record_iteration(Score score) {
     search_state.last_score = score;
     search_state.iteration_score[search_state.iteration] = score;
-    report_line(score, LineKind::EXACT);
+    if (!search_control.keeps_lines)
+        report_line(score, LineKind::EXACT);
+    else
+        search_reports.lines(root_lines.lines());
+}
+
+bool has_more_root_moves() {
+    const PieceOrderGuard guard;
+    generate_root_moves();
+    return !move_list.current().empty();
+}
+
+// The root searched for one line; nothing when the search is to end with what it had.
+std::optional<Score> search_line() {
+    root_lines.prepare_root();
+    set_futility_bases();
+    search_state.sharp_change = false;
+    const Score score = mtd_driver(score_before(), ONE_PLY * search_state.iteration);
+    if (stop_wanted() || has_only_move())
+        return std::nullopt;
+    return score;
+}
+
+// False when the iteration is not complete and none shall follow.
+bool search_iteration() {
+    auto score = search_line();
+    if (!score)
+        return false;
+    if (search_control.keeps_lines) {
+        root_lines.add(*score);
+        while (root_lines.found() < search_limits.lines && has_more_root_moves()) {
+            score = search_line();
+            if (!score)
+                return false;
+            root_lines.add(*score);
+        }
+        root_lines.complete_iteration();
+        score = root_lines.lines().front().searched;
+    }
+    record_iteration(*score);
+    return true;
 }
 
 // Sleeps until the front end ends the search, or ends the mode in which it has no end.
@@ -125,11 +178,26 @@ void wait_for_the_end() {
     }
 }
 
+// Whether the mate that was asked for has been found, with all its moves where lines are kept.
+bool is_wanted_mate_found() {
+    if (!search_control.keeps_lines)
+        return is_mate_in(search_state.last_score, search_limits.mate);
+    const RootLine& best = root_lines.lines().front();
+    return best.is_whole_mate && is_mate_in(best.score, search_limits.mate);
+}
+
+bool is_every_line_a_mate() {
+    const auto& lines = root_lines.lines();
+    return std::all_of(lines.begin(), lines.end(),
+                       [](const RootLine& line) { return std::abs(line.searched) > FOUND_MATE_LIMIT; });
+}
+
 // Two iterations in a row have seen a mate, or one the short mate that was asked for.
 bool is_mate_enough() {
     if (search_limits.mate > 0)
-        return is_mate_in(search_state.last_score, search_limits.mate);
-    return !search_control.test_mode && std::abs(search_state.last_score) > FOUND_MATE_LIMIT &&
+        return is_wanted_mate_found();
+    return !search_control.test_mode && is_every_line_a_mate() &&
+           std::abs(search_state.last_score) > FOUND_MATE_LIMIT &&
            std::abs(score_before()) > FOUND_MATE_LIMIT;
 }
 
@@ -138,7 +206,7 @@ bool is_finished() {
     if (search_control.abort_search)
         return true;
     if (search_state.iteration > 1 && is_time_limited() &&
-        elapsed_since(search_state.start_time) > search_state.target_time)
+        elapsed_since(search_state.budget_start) > search_state.target_time)
         return true;
     if (!is_endless() && is_mate_enough())
         return true;
@@ -153,13 +221,15 @@ bool is_finished() {
 void start_search() {
     allocate_time();
     apply_search_limits();
-    search_state.start_time = search_state.last_status_time = clock_ms();
+    search_state.start_time = search_state.budget_start = search_state.last_status_time = clock_ms();
     reset_search();
     setup_search_constants();
     search_state.root_moves_searched = search_state.root_legal_moves = 0;
     search_state.root_best_move = search_state.current_root_move = Move{};
     search_state.pv[0] = Move{};
     search_state.pv_length = 0;
+    root_lines.forget();
+    rank_root_moves();
     forget_restricted_root();
 }
 
@@ -202,19 +272,16 @@ Score mtd_driver(Score guess, Depth depth) {
 
 void think() {
     start_search();
-    Score score = 0;
     for (search_state.iteration = 1;; ++search_state.iteration) {
         search_reports.iteration_begins();
-        set_futility_bases();
-        search_state.sharp_change = false;
-        score = mtd_driver(score, ONE_PLY * search_state.iteration);
-        if (stop_wanted() || has_only_move())
-            break;
-        record_iteration(score);
-        if (is_finished())
+        if (!search_iteration() || is_finished())
             break;
     }
     make_sure_of_a_move();
+    if (search_control.keeps_lines) {
+        root_lines.settle();
+        search_reports.lines(root_lines.lines());
+    }
     forget_restricted_root();
 }
 

@@ -74,11 +74,12 @@ bool mate_distance(Node& node) {
 }
 
 void poll_when_due() {
+    look_when_due();
     if (search_state.nodes_since_poll <= search_limits.unasked_nodes)
         return;
     if (is_node_limit_reached())
         search_control.abort_search = true;
-    if (search_state.nodes_since_poll <= NODES_BETWEEN_POLLS)
+    if (search_state.nodes_since_poll <= NODES_BETWEEN_POLLS || search_control.nodes_between_looks != 0)
         return;
     search_reports.poll_input();
     time_check();
@@ -108,7 +109,7 @@ Score enter_quiescence(Score beta, Depth depth) {
     search_state.qsearch_nodes = 0;
     const Score score = qsearch(beta, depth, position.search_ply + PLIES_WITH_CHECKS);
     if (search_state.qsearch_nodes <= SWOLLEN_QSEARCH)
-        return score;
+        return stopped_at_root() ? 0 : score;
     search_reports.poll_input();  // nodes as slow as this one must not wait for the count
     stop_when_time_is_up();
     return stopped_at_root() ? 0 : score;

@@ -70,7 +70,7 @@ Move first_playable_move() {
 }
 
 void read_principal_variation() {
-    search_state.pv_length = walk_table(search_state.pv);
+    search_state.pv_length = walk_table(std::span(search_state.pv).first(MAX_PV));
     if (search_state.pv_length == 0)
         search_state.pv[0] = Move{};
 }

@@ -23,6 +23,7 @@
 #include "search/search_control.h"
 #include "search/search_settings.h"
 #include "search/search_state.h"
+#include "search/time_control.h"
 #include "search/transposition.h"
 
 #include <algorithm>
@@ -63,6 +64,7 @@ struct QNode {
 void open_ply(const QNode& node) {
     ++search_state.nodes;
     ++search_state.qsearch_nodes;
+    look_when_due();  // a stop lets the tree run dry, see is_swollen
     search_state.at(node.ply).check_count = search_state.at(node.ply - 1).check_count;
 }
 

@@ -1,6 +1,8 @@
 // How the outside steers a search: what kind of search it is, and the stop.
 #pragma once
 
+#include "board/types.h"
+
 namespace quelmar {
 
 enum class Pondering {
@@ -19,6 +21,10 @@ struct SearchControl {
     bool test_mode = false;  // a mate that was found does not end the search
     bool counts_moves_left =
         false;  // a clock's moves_per_control says how many are left, not how many a control has
+    // Keeps root_lines: variations that end where the game does and are continued as far as the tables of
+    // either kind prove them, and root moves ranked by endgame tables. No node changes without the latter.
+    bool keeps_lines = false;
+    u64 nodes_between_looks = 0;  // of all kinds, between looks at input and clock; 0: see search_limits.h
 };
 
 inline SearchControl search_control;

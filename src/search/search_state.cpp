@@ -15,6 +15,7 @@ SearchState search_state;
 void reset_search() {
     search_state.nodes = 0;
     search_state.nodes_since_poll = 0;
+    search_state.nodes_at_look = 0;
     search_state.tb_hits = 0;
     search_state.sel_depth = 1;
     search_state.history = {};

@@ -8,7 +8,8 @@ namespace quelmar {
 
 inline constexpr int PLY_GUARD = 5;              // rules look up to five plies back, also from the root
 inline constexpr int PLY_RECORDS = MAX_PLY + 4;  // a node clears two plies ahead
-inline constexpr int MAX_PV = 51;
+inline constexpr int MAX_PV = 51;                // moves read from the transposition table
+inline constexpr int MAX_LINE = 256;             // moves, with those that endgame tables add
 
 // What a node leaves for its descendants and for the nodes that follow at its ply.
 struct PlyRecord {
@@ -24,6 +25,7 @@ struct PlyRecord {
 struct SearchState {
     u64 nodes = 0;
     u64 nodes_since_poll = 0;  // full-width nodes
+    u64 nodes_at_look = 0;     // `nodes` when input and clock were looked at last
     u64 tb_hits = 0;
     u64 qsearch_nodes = 0;  // since the last entry from the full-width search
     int sel_depth = 1;
@@ -42,10 +44,12 @@ struct SearchState {
     int history_shift = 0;  // history counters are read shifted right by this
     bool timed = true;      // false with a fixed depth: time never ends the search
     i32 target_time = 0, max_time = 0, start_time = 0, last_status_time = 0;  // milliseconds
+    i32 budget_start =
+        0;  // where target_time and max_time count from: start_time, or the hit of a ponder search
     int root_moves_searched = 0, root_legal_moves = 0;
     Move current_root_move;  // being searched
     Move root_best_move;     // last that failed high at the root of this search; empty when from = 0
-    Table<Move, MAX_PV> pv;
+    Table<Move, MAX_LINE> pv;
     int pv_length = 0;                                // when it is 0, pv[0].from is 0
     Table<PlyRecord, PLY_GUARD + PLY_RECORDS> plies;  // reached through at()
     Table<Table<u32, 64>, 64> history{};              // [from index][to index]

@@ -2,9 +2,7 @@
 
 #include "board/position.h"
 #include "platform/platform.h"
-#include "search/search_control.h"
 #include "search/search_reports.h"
-#include "search/search_state.h"
 
 #include <algorithm>
 
@@ -114,10 +112,16 @@ void time_check() {
     stop_when_time_is_up();
 }
 
+void look_outside() {
+    search_state.nodes_at_look = search_state.nodes;
+    search_reports.poll_input();
+    time_check();
+}
+
 void stop_when_time_is_up() {
     if (is_endless() || !search_state.timed)
         return;
-    const i32 elapsed = elapsed_since(search_state.start_time);
+    const i32 elapsed = elapsed_since(search_state.budget_start);
     const bool ponder_hit_used_up =
         search_control.ponder_state == Pondering::HIT && elapsed > 3 * i64{search_state.target_time};
     if (elapsed > search_state.max_time || ponder_hit_used_up)

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "board/types.h"
+#include "search/search_control.h"
+#include "search/search_state.h"
 
 namespace quelmar {
 
@@ -23,6 +25,17 @@ void update_root_clock(Side side, i32 elapsed);
 // Called after every input poll of the search: status lines, and abort_search when time is up. Does nothing
 // during the first iteration.
 void time_check();
+
+// Polls the input and checks the time.
+void look_outside();
+
+// For a search that counts all its nodes (search_control.nodes_between_looks): looks outside when enough of
+// them have passed.
+inline void look_when_due() {
+    const u64 between = search_control.nodes_between_looks;
+    if (between != 0 && search_state.nodes - search_state.nodes_at_look >= between)
+        look_outside();
+}
 
 // Sets abort_search when the search runs on a clock and its time is up, in any iteration.
 void stop_when_time_is_up();

@@ -49,7 +49,7 @@ TEST_F(SearchTest, NoRuleReadsLeftovers) {
         forget_searches();
         for (int ply = position.game_ply + 1; ply < POSITION_STACK_SIZE; ++ply)
             std::memset(static_cast<void*>(&position.position_stack[ply]), 0x44, sizeof(UndoRecord));
-        position.current().move = {0x44, 0x45, 2, 8, 3, 0, 1, 0, 0};
+        position.current().move = {0x44, 0x45, 2, 8, 3, 0, 1, 0};
         position.current().threat_square_us = position.current().threat_square_them = {0x44, 0x45, 0x46};
         for (int ply = 0; ply < MAX_PLY; ++ply) {
             PlyRecord& record = search_state.at(ply);

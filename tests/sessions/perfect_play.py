@@ -26,7 +26,10 @@ DOUBLE_STEPS = (
     "8/8/8/8/5p2/8/6P1/2k3K1 w - -",
     "8/8/8/8/1p6/8/K1P4k/8 w - -",
 )
-DEPTH = 8  # plies; enough that the answers to every root move are looked up, even where lopsided material costs depth
+# quelmar-uci does so itself, and follows the tables to the mate.
+LOOKS_ROOT_UP = "uci" in sys.argv[1]
+# Plies; enough that the answers to every root move are looked up, even where lopsided material costs depth.
+DEPTH = 1 if LOOKS_ROOT_UP else 8
 
 
 def told(tables, fen, moves=()):
@@ -61,6 +64,8 @@ def think(engine, fen, moves):
         if "upperbound" not in words and "lowerbound" not in words:
             iteration = int(words[2])
             announced = int(words[words.index("mate") + 1]) if "mate" in words else None
+            if LOOKS_ROOT_UP and len(words[words.index("pv") + 1:]) != 2 * abs(announced) - (announced > 0):
+                raise Failure("%s: a variation that does not end in mate" % fen)
     engine.say("stop")
     return engine.await_match(r"^bestmove (\S+)").group(1), announced
 
@@ -95,6 +100,10 @@ def main(quelmar, tbprobe, tbmake, what=None):
         folder = os.path.abspath(path or made)
         with Engine(quelmar) as engine, Engine(tbprobe, [folder]) as tables:
             engine.say("uci", "setoption name NalimovCache value 16", "setoption name NalimovPath value " + folder)
+            if LOOKS_ROOT_UP:  # mate in 15, but the fifty-move rule comes first
+                engine.say("position fen 8/8/8/3k4/8/8/8/KR6 w - - 80 90", "go depth 1")
+                engine.await_match("^info .* score cp 0 pv .*")
+                engine.await_match("^bestmove")
             positions = [fen for ending in (LONG if path else SHORT)
                          for fen in random_positions(dice, tables, ending, 20 if path else 4)]
             positions += DOUBLE_STEPS if pawns else ()
