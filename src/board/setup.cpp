@@ -11,6 +11,7 @@
 #include <charconv>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 namespace quelmar {
 
@@ -242,6 +243,64 @@ void read_fields(const FenFields& fields, FenFieldsRead wanted) {
 }
 
 }  // namespace
+
+// ---- out ----
+
+namespace {
+
+std::string placement_text() {
+    std::string text;
+    for (int rank = 7; rank >= 0; --rank) {
+        int empty = 0;
+        const auto put_empty = [&] {
+            if (empty > 0)
+                text += std::to_string(std::exchange(empty, 0));
+        };
+        for (int file = 0; file < 8; ++file) {
+            const Piece piece = position.at(square_at(file, rank));
+            if (piece == EMPTY) {
+                ++empty;
+                continue;
+            }
+            put_empty();
+            text += PIECE_CODES[static_cast<std::size_t>(piece)];
+        }
+        put_empty();
+        text += rank > 0 ? "/" : "";
+    }
+    return text;
+}
+
+std::string castling_text() {
+    std::string text;
+    for (int i = 0; i < static_cast<int>(CASTLING_LETTERS.size()); ++i) {
+        if ((position.current().castle_lost & 1 << i) != 0)
+            continue;
+        const Square rook = position.castle_rook_square[i];
+        const bool is_outermost = rook == rook_beside_king(i, RookMeant::OUTERMOST);
+        const std::string_view files = side_of_castling(i) == WHITE ? WHITE_FILES : BLACK_FILES;
+        text += is_outermost ? CASTLING_LETTERS[static_cast<std::size_t>(i)]
+                             : files[static_cast<std::size_t>(file_of(rook))];
+    }
+    return text.empty() ? "-" : text;
+}
+
+std::string en_passant_text() {
+    const Square square = position.current().ep_square;
+    if (square == 0)
+        return "-";
+    return {BLACK_FILES[static_cast<std::size_t>(file_of(square))], static_cast<char>('1' + rank_of(square))};
+}
+
+}  // namespace
+
+std::string fen_text() {
+    const bool white = position.side_to_move == WHITE;
+    const int plies = position.game_ply + position.dropped_plies;
+    const int moves_of_black = (plies + (white ? 1 : 0)) / 2;
+    return placement_text() + (white ? " w " : " b ") + castling_text() + " " + en_passant_text() + " " +
+           std::to_string(position.current().halfmove_clock) + " " + std::to_string(1 + moves_of_black);
+}
 
 FenError parse_fen(const char* text, FenFieldsRead fields) {
     position.usable = false;

@@ -1,6 +1,8 @@
 // Positions from text.
 #pragma once
 
+#include <string>
+
 namespace quelmar {
 
 inline constexpr char START_FEN[] = "rnbqkbnr/pppppppp/8/8/8/8/PPPPPPPP/RNBQKBNR w KQkq";
@@ -17,5 +19,9 @@ enum class FenFieldsRead {
 // Sets the position up from FEN or EPD text, with clocks at their defaults, and forgets the game's history.
 // After an error the position is not usable.
 FenError parse_fen(const char* text, FenFieldsRead fields = FenFieldsRead::CASTLING);
+
+// The current position as a FEN that parse_fen(..., ALL) reads back: castling rights as KQkq where these mean
+// the rook, otherwise by its file. Moves are counted from the set-up on. Needs a usable position.
+std::string fen_text();
 
 }  // namespace quelmar

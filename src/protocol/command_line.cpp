@@ -62,4 +62,8 @@ void greet_terminal(std::string_view program, const char* what) {
                      name.c_str());
 }
 
+bool errors_reach_terminal() {
+    return ::isatty(STDERR_FILENO) == 1;
+}
+
 }  // namespace quelmar

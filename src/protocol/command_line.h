@@ -22,4 +22,6 @@ std::optional<int> status_of_options(std::span<char* const> arguments, const cha
 // person who started it would look at nothing.
 void greet_terminal(std::string_view program, const char* what);
 
+bool errors_reach_terminal();  // whether standard error is one
+
 }  // namespace quelmar

@@ -17,6 +17,7 @@ struct Command {
     std::size_t arguments_at;  // characters from the start of the line
     Meanwhile during_search;
     void (*run)(std::string_view arguments);
+    const char* help = "";  // a line for people, where a protocol has a command that shows it
 
     void run_with(std::string_view line) const { run(text_from(line, arguments_at)); }
 };

@@ -14,12 +14,15 @@
 
 #include <array>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
 #include <string>
 
 namespace quelmar {
 
 namespace {
 
+constexpr char FILE_NAME[] = "quelmar.ini";
 constexpr int LINE_BUFFER = 80;  // bytes, NUL included; what is longer reads as several lines
 
 using Reader = void (*)(std::string_view value, int* setting);
@@ -98,14 +101,38 @@ bool apply_config_line(std::string_view line) {
     return false;
 }
 
-void read_config_file() {
-    const platform::FileHandle file{std::fopen("quelmar.ini", "r")};
+namespace {
+
+bool read_file(const std::string& path) {
+    const platform::FileHandle file{std::fopen(path.c_str(), "r")};
     if (!file)
-        return;
+        return false;
     Table<char, LINE_BUFFER> line;
     // A line that begins with a NUL byte is no text: the rest of such a file is not worth reading.
     while (std::fgets(line.data(), LINE_BUFFER, file.get()) && line[0] != '\0')
         apply_config_line(line.data());
+    return true;
+}
+
+// Empty when the system names none.
+std::filesystem::path users_config_folder() {
+    const char* const config = std::getenv("XDG_CONFIG_HOME");
+    if (config != nullptr && std::filesystem::path(config).is_absolute())
+        return config;
+    const char* const home = std::getenv("HOME");
+    return home != nullptr && *home != '\0' ? std::filesystem::path(home) / ".config"
+                                            : std::filesystem::path{};
+}
+
+}  // namespace
+
+bool read_config_file() {
+    return read_file(FILE_NAME);
+}
+
+bool read_users_config_file() {
+    const std::filesystem::path folder = users_config_folder();
+    return !folder.empty() && read_file((folder / "quelmar" / FILE_NAME).string());
 }
 
 }  // namespace quelmar

@@ -2,6 +2,7 @@
 
 #include "platform/platform.h"
 #include "protocol/line_reader.h"
+#include "protocol/output.h"
 #include "search/search_control.h"
 
 #include <cstdio>
@@ -22,8 +23,10 @@ void (*act_on_search_line)(std::string_view line) = [](std::string_view) {};
 
 // The next line that is there, the end of the input included.
 bool next_line(std::string& line) {
-    if (input->reader.pop_line(line))
+    if (input->reader.pop_line(line)) {
+        log_input(line);
         return true;
+    }
     if (!input->reader.at_end() || input->at_end == EndOfInput::IS_IGNORED)
         return false;
     line = QUIT;

@@ -2,11 +2,11 @@
 
 #include "board/diagram.h"
 #include "board/position.h"
+#include "protocol/output.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
 
 #include <bit>
-#include <cstdio>
 #include <cstdlib>
 
 namespace quelmar {
@@ -102,13 +102,13 @@ WantedMove read_wanted_move(std::string_view text) {
 }
 
 void print_what_is_legal() {
-    std::printf("Legal moves:\n");
+    print("Legal moves:\n");
     for (const Move* move = root_moves.data(); move->from != 0; ++move) {
         print_move(*move);
-        std::printf("\n");
+        print("\n");
     }
     print_board();
-    std::printf("Hashkey: %llx\n", static_cast<unsigned long long>(position.current().key));
+    print("Hashkey: %llx\n", static_cast<unsigned long long>(position.current().key));
 }
 
 }  // namespace
@@ -129,13 +129,13 @@ std::string move_text(const Move& move) {
 }
 
 void print_move(const Move& move) {
-    std::printf("%s", move_text(move).c_str());
+    print("%s", move_text(move).c_str());
 }
 
 void print_coded_move(int code) {
     const Square from = square_of_index[code & 63];
     const Square to = square_of_index[code >> 7 & 63];
-    std::printf("%s%s", square_text(from).c_str(), square_text(to).c_str());
+    print("%s%s", square_text(from).c_str(), square_text(to).c_str());
 }
 
 const Move* find_root_move(std::string_view text) {

@@ -1,6 +1,6 @@
 #include "protocol/protocol_state.h"
 
-#include <cstdio>
+#include "protocol/output.h"
 
 namespace quelmar {
 
@@ -10,7 +10,7 @@ void tell(const std::string& text) {
     std::string line = (protocol_state.uci_mode ? "info string " : "# ") + text;
     if (protocol_state.standard_uci)
         line.erase(line.find_last_not_of(' ') + 1);
-    std::printf("%s\n", line.c_str());
+    print("%s\n", line.c_str());
 }
 
 std::string excerpt(std::string_view said) {

@@ -12,6 +12,7 @@
 namespace quelmar {
 
 inline constexpr char ENGINE_NAME[] = "Quelmar FRC";
+inline constexpr char ENGINE_AUTHOR[] = "Edrin Talvose";
 inline constexpr char ENGINE_VERSION[] = QUELMAR_VERSION;  // from CMakeLists.txt
 
 struct ProtocolState {

@@ -32,7 +32,8 @@ RootView::RootView() {
     saved_ = std::make_unique<const Saved>();
     while (position.search_ply > 0)
         step_back();
-    if (search_control.ponder_state == Pondering::YES) {  // on a move that nobody has played yet
+    // Behind a move that nobody has played yet; under UCI the client has set that position up itself.
+    if (search_control.ponder_state == Pondering::YES && !protocol_state.uci_mode) {
         position.search_ply = 1;
         step_back();
     }

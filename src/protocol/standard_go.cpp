@@ -5,16 +5,20 @@
 #include "board/position.h"
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
+#include "protocol/input.h"
 #include "protocol/move_text.h"
+#include "protocol/output.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
 #include "protocol/standard_options.h"
+#include "protocol/strength.h"
 #include "protocol/text_values.h"
 #include "protocol/uci.h"
 #include "search/search_control.h"
 #include "search/search_limits.h"
 
 #include <algorithm>
+#include <limits>
 #include <optional>
 
 namespace quelmar {
@@ -185,15 +189,39 @@ SearchLimits limits_of(const GoArguments& go) {
     return limits;
 }
 
+// A player of limited strength does not think on the opponent's time: whatever he found would come on top of
+// his budget.
+void wait_out_pondering() {
+    search_control.ponder_state = Pondering::YES;
+    search_control.abort_search = false;
+    protocol_state.searching = true;
+    while (search_control.ponder_state == Pondering::YES && !search_control.abort_search) {
+        wait_for_input();
+        poll_input();
+    }
+    protocol_state.searching = false;
+}
+
+void limit_strength(GoArguments& go) {
+    if (!is_strength_limited() || go.infinite || (!go.ponder && !go.has_limit()))
+        return;
+    if (go.ponder)
+        wait_out_pondering();
+    go.ponder = false;
+    go.nodes = std::min<i64>(go.nodes.value_or(std::numeric_limits<i64>::max()),
+                             static_cast<i64>(nodes_of_strength()));
+}
+
 }  // namespace
 
 void standard_go(std::string_view arguments) {
     if (!position.usable) {
         tell("there is no position to search");
-        std::printf("bestmove %s\n", move_text(Move{}).c_str());
+        print("bestmove %s\n", move_text(Move{}).c_str());
         return;
     }
     GoArguments go = read_arguments(arguments);
+    limit_strength(go);
     if (go.ponder && !go.has_limit())
         go.move_time = 1;  // that is, until the hit
     for (const Side side : {WHITE, BLACK})

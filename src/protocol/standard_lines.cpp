@@ -1,6 +1,7 @@
 #include "protocol/standard_lines.h"
 
 #include "protocol/move_text.h"
+#include "protocol/output.h"
 #include "protocol/thinking.h"
 #include "search/search_reports.h"
 #include "search/search_state.h"
@@ -8,7 +9,6 @@
 #include "search/transposition.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <span>
 #include <string>
 
@@ -36,12 +36,11 @@ void print_line(const RootLine& line, int number) {
     std::string variation;
     for (const Move& move : line.moves)
         variation += (variation.empty() ? " pv " : " ") + move_text(move);
-    std::printf("info depth %d seldepth %d time %d nodes %lld nps %lld hashfull %d tbhits %lld multipv %d "
-                "score %s%s%s\n",
-                line.depth, std::max(search_state.sel_depth, line.depth), elapsed, nodes,
-                nodes * 1000 / std::max(elapsed, 1), tt_hashfull(),
-                static_cast<long long>(search_state.tb_hits), number, score_text(line.score).c_str(),
-                bound_text(line.kind), variation.c_str());
+    print("info depth %d seldepth %d time %d nodes %lld nps %lld hashfull %d tbhits %lld multipv %d "
+          "score %s%s%s\n",
+          line.depth, std::max(search_state.sel_depth, line.depth), elapsed, nodes,
+          nodes * 1000 / std::max(elapsed, 1), tt_hashfull(), static_cast<long long>(search_state.tb_hits),
+          number, score_text(line.score).c_str(), bound_text(line.kind), variation.c_str());
 }
 
 void print_lines(const std::vector<RootLine>& lines) {

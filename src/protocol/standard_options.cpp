@@ -3,8 +3,10 @@
 #include "eval/evaluate.h"
 #include "platform/platform.h"
 #include "protocol/move_text.h"
+#include "protocol/output.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
+#include "protocol/strength.h"
 #include "protocol/text_values.h"
 #include "search/search_settings.h"
 #include "search/transposition.h"
@@ -12,7 +14,7 @@
 #include "tablebase/registry.h"
 
 #include <algorithm>
-#include <cstdio>
+#include <filesystem>
 #include <span>
 #include <string>
 
@@ -20,7 +22,6 @@ namespace quelmar {
 
 namespace {
 
-constexpr int MAX_HASH_MB = sizeof(void*) > 4 ? 65536 : 1024;
 constexpr int MAX_CACHE_MB = 32;
 constexpr int MAX_OVERHEAD_MS = 5000;
 
@@ -31,8 +32,8 @@ int multi_pv = 1;
 
 enum class Kind { CHECK, SPIN, COMBO, BUTTON, STRING };
 
-// Values of all kinds are numbers: 0 or 1, the number itself, the place among the variants; a button has
-// none, and the text of a string is in the settings.
+// Values are numbers: 0 or 1, the number itself, the place among the variants; a button has none. That of a
+// string is its text.
 struct Option {
     std::string_view name;
     Kind kind;
@@ -41,6 +42,9 @@ struct Option {
     int min = 0, max = 1;
     std::span<const std::string_view> variants = {};
     int (*get)() = nullptr;
+    const std::string* text = nullptr;  // of a string
+    // Returns what stands against the value, which then changes nothing; empty: nothing does.
+    std::string (*set_text)(const std::string& value) = nullptr;
 
     int value() const { return get != nullptr ? get() : setting != nullptr ? *setting : 0; }
     void take(int value) const { set != nullptr ? set(value) : static_cast<void>(*setting = value); }
@@ -77,9 +81,13 @@ void tell_tables() {
              std::to_string(tb_max_men) + " men" + where);
 }
 
-void set_table_path(int) {
+std::string set_table_path(const std::string& path) {
+    if (path.size() > TB_PATH_MAX)
+        return "longer than " + std::to_string(TB_PATH_MAX) + " characters";
+    settings.tb_path = path;
     apply_table_path();
     tell_tables();
+    return {};
 }
 
 void set_table_cache(int megabytes) {
@@ -87,6 +95,33 @@ void set_table_cache(int megabytes) {
     apply_table_path();
     tell_start_tables();
 }
+
+std::string log_path;
+
+std::string set_log_file(const std::string& path) {
+    const std::string fault = open_log_file(path);
+    log_path = fault.empty() ? path : std::string{};
+    return fault;
+}
+
+std::string opponent;
+
+// "GM 2800 human Gary Kasparov": a title and a rating, each "none" where there is none, and the kind of
+// player.
+std::string set_opponent(const std::string& value) {
+    std::string_view rest = value;
+    const std::string_view title = take_word(rest), rating = take_word(rest), kind = take_word(rest);
+    if (!value.empty() &&
+        ((rating != "none" && !read_number(rating)) || (kind != "human" && kind != "computer")))
+        return "it is TITLE RATING human|computer NAME";
+    opponent = value;
+    if (!value.empty())
+        tell("playing against" + std::string(rest) + ", " + std::string(kind) + ", title " +
+             std::string(title) + ", rating " + std::string(rating));
+    return {};
+}
+
+const std::string ABOUT = std::string(ENGINE_NAME) + " " + ENGINE_VERSION + " by " + ENGINE_AUTHOR;
 
 bool castles_onto_rook() {
     return castling_notation == CastlingText::KING_TAKES_ROOK;
@@ -103,6 +138,12 @@ constexpr Option OPTIONS[] = {
     {"UCI_Chess960", Kind::CHECK, nullptr,
      [](int on) { castling_notation = on != 0 ? CastlingText::KING_TAKES_ROOK : CastlingText::KING_MOVE; },
      0, 1, {}, [] { return static_cast<int>(castles_onto_rook()); }},
+    {"UCI_LimitStrength", Kind::CHECK, &strength_settings.is_limited},
+    {"UCI_Elo", Kind::SPIN, &strength_settings.elo, nullptr, MIN_ELO, MAX_ELO},
+    {"UCI_AnalyseMode", Kind::CHECK, &strength_settings.analyses},
+    {.name = "UCI_Opponent", .kind = Kind::STRING, .text = &opponent, .set_text = set_opponent},
+    {.name = "UCI_EngineAbout", .kind = Kind::STRING, .text = &ABOUT,
+     .set_text = [](const std::string&) { return std::string("it only tells who I am"); }},
     {"UCI_ShowCurrLine", Kind::CHECK, &settings.show_curr_line},
     {"UCI_ShowRefutations", Kind::CHECK, &settings.show_refutations},
     {"Style", Kind::COMBO, nullptr, choose_style, 0, STYLE_NAMES.size() - 1, STYLE_NAMES,
@@ -111,8 +152,9 @@ constexpr Option OPTIONS[] = {
     {"Checks in qsearch", Kind::CHECK, &search_settings.qsearch_checks},
     {"Nullmove reduction factor", Kind::SPIN, &search_settings.null_reduction, set_null_reduction, 0, 3},
     {"Internal iterative deepening", Kind::CHECK, &search_settings.iid},
-    {"NalimovPath", Kind::STRING, nullptr, set_table_path},
+    {.name = "NalimovPath", .kind = Kind::STRING, .text = &settings.tb_path, .set_text = set_table_path},
     {"NalimovCache", Kind::SPIN, &settings.tb_cache_mb, set_table_cache, 1, MAX_CACHE_MB},
+    {.name = "Log File", .kind = Kind::STRING, .text = &log_path, .set_text = set_log_file},
 };
 // clang-format on
 constexpr int OPTION_COUNT = std::size(OPTIONS);
@@ -120,9 +162,12 @@ constexpr int OPTION_COUNT = std::size(OPTIONS);
 constexpr std::string_view NO_TEXT = "<empty>";
 
 Table<int, OPTION_COUNT> default_values;
-std::string default_path;
+Table<std::string, OPTION_COUNT> default_texts;
 
-std::string describe(const Option& option, int value) {
+std::string describe(int number) {
+    const Option& option = OPTIONS[number];
+    const int value = default_values[number];
+    const std::string& text = default_texts[number];
     switch (option.kind) {
     case Kind::CHECK:
         return std::string("check default ") + (value != 0 ? "true" : "false");
@@ -130,15 +175,15 @@ std::string describe(const Option& option, int value) {
         return "spin default " + std::to_string(value) + " min " + std::to_string(option.min) + " max " +
                std::to_string(option.max);
     case Kind::COMBO: {
-        std::string text = "combo default " + std::string(option.variants[static_cast<std::size_t>(value)]);
+        std::string combo = "combo default " + std::string(option.variants[static_cast<std::size_t>(value)]);
         for (const std::string_view variant : option.variants)
-            text.append(" var ").append(variant);
-        return text;
+            combo.append(" var ").append(variant);
+        return combo;
     }
     case Kind::BUTTON:
         return "button";
     default:
-        return "string default " + (default_path.empty() ? std::string(NO_TEXT) : default_path);
+        return "string default " + (text.empty() ? std::string(NO_TEXT) : text);
     }
 }
 
@@ -156,7 +201,7 @@ std::optional<int> read_word(std::span<const std::string_view> words, std::strin
     return found != words.end() ? std::optional(static_cast<int>(found - words.begin())) : std::nullopt;
 }
 
-// The value as a number, nothing if the option does not take it. The text of a string goes to the settings.
+// The value as a number, nothing if the option does not take it.
 std::optional<int> read_value(const Option& option, std::string_view text) {
     static constexpr std::string_view TRUTH[] = {"false", "true"};
     switch (option.kind) {
@@ -166,11 +211,6 @@ std::optional<int> read_value(const Option& option, std::string_view text) {
         return read_spin(option, text);
     case Kind::COMBO:
         return read_word(option.variants, text);
-    case Kind::STRING:
-        if (text.size() > TB_PATH_MAX)
-            return std::nullopt;
-        settings.tb_path = text == NO_TEXT ? std::string_view{} : text;
-        return 0;
     default:
         return 0;
     }
@@ -194,9 +234,10 @@ std::string_view without_space_around(std::string_view text) {
 }  // namespace
 
 void remember_standard_defaults() {
-    for (int i = 0; i < OPTION_COUNT; ++i)
+    for (int i = 0; i < OPTION_COUNT; ++i) {
         default_values[i] = std::clamp(OPTIONS[i].value(), OPTIONS[i].min, OPTIONS[i].max);
-    default_path = settings.tb_path;
+        default_texts[i] = OPTIONS[i].text != nullptr ? *OPTIONS[i].text : std::string{};
+    }
 }
 
 void tell_start_tables() {
@@ -206,8 +247,12 @@ void tell_start_tables() {
 
 void print_standard_options() {
     for (int i = 0; i < OPTION_COUNT; ++i)
-        std::printf("option name %s type %s\n", OPTIONS[i].name.data(),
-                    describe(OPTIONS[i], default_values[i]).c_str());
+        print("option name %s type %s\n", OPTIONS[i].name.data(), describe(i).c_str());
+}
+
+static void refuse(const Option& option, const std::string& value, const std::string& fault) {
+    tell("option " + std::string(option.name) + " does not take the value " + excerpt(value) +
+         (fault.empty() ? "" : ", " + fault));
 }
 
 void set_standard_option(std::string_view arguments) {
@@ -219,12 +264,14 @@ void set_standard_option(std::string_view arguments) {
     });
     if (option == std::end(OPTIONS)) {
         tell("there is no option " + excerpt(name));
+    } else if (option->kind == Kind::STRING) {
+        const std::string fault = option->set_text(value == NO_TEXT ? std::string{} : value);
+        if (!fault.empty())
+            refuse(*option, value, fault);
     } else if (const auto number = read_value(*option, value)) {
         option->take(*number);
     } else {
-        tell("option " + std::string(option->name) + " does not take the value " + excerpt(value) +
-             (option->kind == Kind::STRING ? ", longer than " + std::to_string(TB_PATH_MAX) + " characters"
-                                           : ""));
+        refuse(*option, value, {});
     }
 }
 

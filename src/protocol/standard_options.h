@@ -5,6 +5,8 @@
 
 namespace quelmar {
 
+inline constexpr int MAX_HASH_MB = sizeof(void*) > 4 ? 65536 : 1024;
+
 // The values the settings have now are announced as the defaults from here on.
 void remember_standard_defaults();
 

@@ -1,25 +1,24 @@
 #include "protocol/standard_uci.h"
 
-#include "eval/outputs.h"
-#include "eval/pawns.h"
+#include "protocol/bench.h"
 #include "protocol/command_table.h"
+#include "protocol/fresh_search.h"
 #include "protocol/game.h"
 #include "protocol/input.h"
 #include "protocol/move_text.h"
+#include "protocol/output.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
 #include "protocol/standard_go.h"
 #include "protocol/standard_lines.h"
 #include "protocol/standard_options.h"
+#include "protocol/tester_commands.h"
 #include "protocol/text_values.h"
 #include "protocol/uci.h"
 #include "search/search_control.h"
-#include "search/search_state.h"
 #include "search/time_control.h"
-#include "search/transposition.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <string>
 
@@ -84,7 +83,7 @@ void set_up_position(std::string_view arguments) {
 void identify(std::string_view) {
     print_identity();
     print_standard_options();
-    std::printf("uciok\n");
+    print("uciok\n");
 }
 
 void quit(std::string_view) {
@@ -96,15 +95,16 @@ void debug(std::string_view arguments) {
 }
 
 void is_ready(std::string_view) {
-    std::printf("readyok\n");
+    print("readyok\n");
 }
 
-// As in a process that has just started, settings apart.
 void new_game_follows(std::string_view) {
-    tt_clear();
-    forget_pawn_structures();
-    search_state = SearchState{};
-    ply_outputs = {};
+    forget_all_searches();
+}
+
+void go(std::string_view arguments) {
+    std::string_view rest = arguments;
+    take_word(rest) == "perft" ? count_games(rest) : standard_go(arguments);
 }
 
 void stop(std::string_view) {
@@ -118,22 +118,46 @@ void ponder_hit(std::string_view) {
     search_state.budget_start = clock_ms();
 }
 
+void show(std::string_view) {
+    show_position();
+}
+
+void evaluate(std::string_view) {
+    show_evaluation();
+}
+
+void bench(std::string_view arguments) {
+    run_bench(arguments);
+}
+
+void help(std::string_view);
+
 using enum Meanwhile;
 
 // clang-format off
 constexpr Command COMMANDS[] = {
-    {"uci",         3, AT_ONCE,      identify},
-    {"debug",       5, AT_ONCE,      debug},
-    {"isready",     7, AT_ONCE,      is_ready},
-    {"setoption",   9, AFTER_SEARCH, set_standard_option},
-    {"ucinewgame", 10, AFTER_SEARCH, new_game_follows},
-    {"position",    8, AFTER_SEARCH, set_up_position},
-    {"go",          2, AFTER_SEARCH, standard_go},
-    {"stop",        4, AT_ONCE,      stop},
-    {"ponderhit",   9, AT_ONCE,      ponder_hit},
-    {"quit",        4, AT_ONCE,      quit},
+    {"uci",         3, AT_ONCE,      identify,            "who I am, and my options"},
+    {"debug",       5, AT_ONCE,      debug,               "on | off: repeat every line that is read"},
+    {"isready",     7, AT_ONCE,      is_ready,            "answered by readyok"},
+    {"setoption",   9, AFTER_SEARCH, set_standard_option, "name NAME [value VALUE]"},
+    {"ucinewgame", 10, AFTER_SEARCH, new_game_follows,    "forget what was searched"},
+    {"position",    8, AFTER_SEARCH, set_up_position,     "startpos | fen FEN [moves MOVE ...]"},
+    {"go",          2, AFTER_SEARCH, go,                  "[depth N | nodes N | movetime MS | infinite ...] | perft N"},
+    {"stop",        4, AT_ONCE,      stop,                "end the search"},
+    {"ponderhit",   9, AT_ONCE,      ponder_hit,          "the expected move was played"},
+    {"d",           1, AT_ONCE,      show,                "the position: board, FEN, key, checkers"},
+    {"eval",        4, AT_ONCE,      evaluate,            "the static evaluation, term by term"},
+    {"bench",       5, AFTER_SEARCH, bench,               "[DEPTH] [HASH]: nodes and speed of fixed searches"},
+    {"help",        4, AT_ONCE,      help,                "these lines"},
+    {"quit",        4, AT_ONCE,      quit,                "end the program"},
 };
 // clang-format on
+
+void help(std::string_view) {
+    for (const Command& command : COMMANDS)
+        print("%-10s  %s\n", command.word.data(), command.help);
+    print("The manual page quelmar-uci(6) tells everything.\n");
+}
 
 const Command* find_whole_word(std::string_view word) {
     const auto* found = std::find_if(std::begin(COMMANDS), std::end(COMMANDS),
@@ -186,7 +210,6 @@ void line_during_search(std::string_view line) {
 }  // namespace
 
 void run_standard_uci() {
-    castling_notation = CastlingText::KING_MOVE;
     search_control.counts_moves_left = true;
     search_control.keeps_lines = true;
     search_control.nodes_between_looks = NODES_BETWEEN_LOOKS;

@@ -7,8 +7,10 @@
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
 #include "protocol/input.h"
+#include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
+#include "protocol/strength.h"
 #include "protocol/thinking.h"
 #include "protocol/xboard.h"
 #include "search/search_control.h"
@@ -51,10 +53,13 @@ void load_settings(UciKind kind) {
     search_control = {};
     protocol_state = {};
     protocol_state.standard_uci = protocol_state.uci_mode = kind == UciKind::STANDARD;
+    castling_notation = kind == UciKind::STANDARD ? CastlingText::KING_MOVE : CastlingText::LETTERS;
     table_reports.faulty_file_is_fatal = kind == UciKind::OWN;
     table_reports.tell = tell;
     reset_settings();
-    read_config_file();
+    strength_settings = {};
+    if (!read_config_file() && kind == UciKind::STANDARD)
+        read_users_config_file();
     apply_table_path();
     apply_hash_size();
 }

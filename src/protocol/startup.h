@@ -11,7 +11,8 @@ void end_when_memory_runs_out();
 // the first line on.
 enum class UciKind { OWN, STANDARD };
 
-// Defaults, then "quelmar.ini"; then what depends on them: endgame tables and the transposition table.
+// Defaults, then "quelmar.ini" (under standard UCI that of the user when the directory has none); then what
+// depends on them: endgame tables and the transposition table.
 void load_settings(UciKind kind);
 
 // Everything that must have run before a command can be obeyed, in its order: keys and tables, the search's

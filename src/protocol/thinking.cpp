@@ -7,6 +7,7 @@
 #include "board/make_move.h"
 #include "board/position.h"
 #include "protocol/move_text.h"
+#include "protocol/output.h"
 #include "protocol/protocol_state.h"
 #include "protocol/san.h"
 #include "protocol/settings.h"
@@ -65,7 +66,7 @@ std::span<const Move> pv_moves(int at_most = MAX_PV) {
 // A blank behind each move, or in front of each where lines must not end with one.
 void print_moves(std::span<const Move> moves) {
     for (const Move& move : moves)
-        std::printf(protocol_state.standard_uci ? " %s" : "%s ", move_text(move).c_str());
+        print(protocol_state.standard_uci ? " %s" : "%s ", move_text(move).c_str());
 }
 
 // "+" or "#" when the move just made gives check or mate.
@@ -112,16 +113,16 @@ void print_xboard_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKi
     int shown = centipawns(score);
     if (is_mate_score(score))
         shown = internal_units(score) + (score > 0 ? XBOARD_MATE_OFFSET : -XBOARD_MATE_OFFSET);
-    std::printf("%d %d %d %lld ", depth, shown, elapsed_ms / 10, static_cast<long long>(nodes));
+    print("%d %d %d %lld ", depth, shown, elapsed_ms / 10, static_cast<long long>(nodes));
     if (settings.san_output != 0)
-        std::printf("%s", pv_to_san().c_str());
+        print("%s", pv_to_san().c_str());
     else
         print_moves(pv_moves(XBOARD_PV_MOVES));
     if (kind == LineKind::UPPER_BOUND)
-        std::printf(":-(");
+        print(":-(");
     else if (kind == LineKind::LOWER_BOUND)
-        std::printf(":-)");
-    std::putchar('\n');
+        print(":-)");
+    print("\n");
 }
 
 void print_console_score(Score score, LineKind kind) {
@@ -130,38 +131,37 @@ void print_console_score(Score score, LineKind kind) {
     const std::string mate_in = mate_text(score, "#");
     const double pawns = internal_units(score) * PAWNS_PER_UNIT;
     if (kind == LineKind::EXACT)
-        mate ? std::printf("%8s ", mate_in.c_str()) : std::printf("%8.2f ", pawns);
+        mate ? print("%8s ", mate_in.c_str()) : print("%8.2f ", pawns);
     else {
-        std::printf(kind == LineKind::UPPER_BOUND ? "<=" : ">=");
-        mate ? std::printf("%6s ", mate_in.c_str()) : std::printf("%6.2f ", pawns);
+        print(kind == LineKind::UPPER_BOUND ? "<=" : ">=");
+        mate ? print("%6s ", mate_in.c_str()) : print("%6.2f ", pawns);
     }
 }
 
 void print_console_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKind kind) {
-    std::printf("%2d    ", depth);
+    print("%2d    ", depth);
     print_console_score(score, kind);
-    std::printf("%8s %10lld %s\n", format_time(elapsed_ms).c_str(), static_cast<long long>(nodes),
-                pv_to_san().c_str());
+    print("%8s %10lld %s\n", format_time(elapsed_ms).c_str(), static_cast<long long>(nodes),
+          pv_to_san().c_str());
 }
 
 void print_uci_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKind kind) {
     const char* bound = kind == LineKind::UPPER_BOUND   ? "upperbound "
                         : kind == LineKind::LOWER_BOUND ? "lowerbound "
                                                         : "";
-    std::printf("info depth %d seldepth %d time %d nodes %lld ", depth, search_state.sel_depth, elapsed_ms,
-                static_cast<long long>(nodes));
+    print("info depth %d seldepth %d time %d nodes %lld ", depth, search_state.sel_depth, elapsed_ms,
+          static_cast<long long>(nodes));
     if (is_mate_score(score)) {
-        std::printf("score mate %s %scurrmovenumber %d currmove %s nps %lld ", mate_text(score, "").c_str(),
-                    bound, search_state.root_moves_searched,
-                    move_text(search_state.current_root_move).c_str(),
-                    static_cast<long long>(nodes) / std::max(elapsed_ms / 1000, 1));
+        print("score mate %s %scurrmovenumber %d currmove %s nps %lld ", mate_text(score, "").c_str(), bound,
+              search_state.root_moves_searched, move_text(search_state.current_root_move).c_str(),
+              static_cast<long long>(nodes) / std::max(elapsed_ms / 1000, 1));
     } else {
-        std::printf("score cp %d %snps %lld ", centipawns(score), bound,
-                    static_cast<long long>(nodes) * 1000 / std::max(elapsed_ms, 1));
+        print("score cp %d %snps %lld ", centipawns(score), bound,
+              static_cast<long long>(nodes) * 1000 / std::max(elapsed_ms, 1));
     }
-    std::printf("pv ");
+    print("pv ");
     print_moves(pv_moves());
-    std::putchar('\n');
+    print("\n");
 }
 
 }  // namespace
@@ -186,33 +186,32 @@ void print_refutation(const Move& root_move) {
     Table<Move, MAX_PV> line;
     make_move(&root_move);
     const int length = walk_table(line);
-    std::printf(protocol_state.standard_uci ? "info refutation" : "info refutation ");
+    print(protocol_state.standard_uci ? "info refutation" : "info refutation ");
     print_moves({&root_move, 1});
     print_moves({line.data(), static_cast<std::size_t>(length)});
-    std::putchar('\n');
+    print("\n");
     unmake_move(&root_move);
 }
 
 void announce_iteration() {
     if (search_state.iteration > 1 && protocol_state.uci_mode)
-        std::printf("info depth %d seldepth %d\n", search_state.iteration,
-                    std::max(search_state.sel_depth, search_state.iteration));
+        print("info depth %d seldepth %d\n", search_state.iteration,
+              std::max(search_state.sel_depth, search_state.iteration));
 }
 
 void print_current_move() {
     if (!protocol_state.uci_mode)
         return;
-    std::printf("info currmove %s currmovenumber %d\n", move_text(search_state.current_root_move).c_str(),
-                search_state.root_moves_searched);
+    print("info currmove %s currmovenumber %d\n", move_text(search_state.current_root_move).c_str(),
+          search_state.root_moves_searched);
 }
 
 void print_current_line() {
-    std::printf(protocol_state.standard_uci ? "info currline 1" : "info currline");
+    print(protocol_state.standard_uci ? "info currline 1" : "info currline");
     for (int back = position.search_ply; back > 0; --back) {
-        std::putchar(' ');
-        print_move(position.back(back).move);
+        print(" %s", move_text(position.back(back).move).c_str());
     }
-    std::putchar('\n');
+    print("\n");
 }
 
 void print_status() {
@@ -221,8 +220,8 @@ void print_status() {
     const i32 elapsed = elapsed_since(search_state.start_time);
     const auto nodes = static_cast<long long>(search_state.nodes);
     const long long nps = elapsed > 0 ? nodes * 1000 / elapsed : nodes * 1000;
-    std::printf("info nodes %lld nps %lld hashfull %d tbhits %d\n", nodes, nps, tt_hashfull(),
-                static_cast<int>(search_state.tb_hits));
+    print("info nodes %lld nps %lld hashfull %d tbhits %d\n", nodes, nps, tt_hashfull(),
+          static_cast<int>(search_state.tb_hits));
     if (settings.show_curr_line != 0)
         print_current_line();
 }
@@ -241,23 +240,32 @@ void print_what_the_search_says() {
     search_reports.status = print_status;
 }
 
+std::string score_text(Score score) {
+    constexpr double CENTIPAWNS = 100.0;
+    if (is_mate_score(score))
+        return mate_text(score, "#");
+    Table<char, 24> text{};
+    std::snprintf(text.data(), text.size(), "%+.2f", centipawns(score) / CENTIPAWNS);
+    return text.data();
+}
+
 void print_stat01() {
-    std::printf("stat01: %d %lld %d %d %d %s\n", elapsed_since(search_state.start_time) / 10,
-                static_cast<long long>(search_state.nodes), search_state.iteration,
-                search_state.root_legal_moves - search_state.root_moves_searched,
-                search_state.root_legal_moves, move_text(search_state.current_root_move).c_str());
+    print("stat01: %d %lld %d %d %d %s\n", elapsed_since(search_state.start_time) / 10,
+          static_cast<long long>(search_state.nodes), search_state.iteration,
+          search_state.root_legal_moves - search_state.root_moves_searched, search_state.root_legal_moves,
+          move_text(search_state.current_root_move).c_str());
 }
 
 void print_tellall() {
     const Score score = search_state.last_score;
     const int scores_per_pawn = 128 / search_settings.grain();
-    std::printf("tellall depth=%d nodes=%lld score=", search_state.iteration,
-                static_cast<long long>(search_state.nodes));
+    print("tellall depth=%d nodes=%lld score=", search_state.iteration,
+          static_cast<long long>(search_state.nodes));
     if (is_mate_score(score))
-        std::printf("%s", mate_text(score, "#").c_str());
+        print("%s", mate_text(score, "#").c_str());
     else
-        std::printf("%.2f", static_cast<double>(score) / scores_per_pawn);
-    std::printf(" PV: %s\n", last_pv_text.c_str());
+        print("%.2f", static_cast<double>(score) / scores_per_pawn);
+    print(" PV: %s\n", last_pv_text.c_str());
 }
 
 void clear_last_pv_text() {

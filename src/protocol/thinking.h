@@ -20,6 +20,9 @@ void print_thinking_line(int depth, Score score, i32 elapsed_ms, u64 nodes, Line
 int centipawns(Score score);
 bool is_mate_score(Score score);
 
+// "+0.50" in pawns, "#3", "-#2" for mates.
+std::string score_text(Score score);
+
 void print_stat01();   // xboard analysis status
 void print_tellall();  // whisper to a chess server
 

@@ -6,6 +6,7 @@
 #include "protocol/game_clock.h"
 #include "protocol/input.h"
 #include "protocol/move_text.h"
+#include "protocol/output.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
 #include "protocol/text_values.h"
@@ -202,16 +203,16 @@ void enter_uci() {
 }
 
 void print_identity() {
-    std::printf("id name %s %s\nid author Edrin Talvose\n", ENGINE_NAME, ENGINE_VERSION);
+    print("id name %s %s\nid author %s\n", ENGINE_NAME, ENGINE_VERSION, ENGINE_AUTHOR);
 }
 
 void print_best_move() {
     const int length = search_state.pv_length;
     const Move best = length > 0 ? search_state.pv[0] : Move{};
-    std::printf("bestmove %s", move_text(best).c_str());
+    print("bestmove %s", move_text(best).c_str());
     if (length > 1)
-        std::printf(" ponder %s", move_text(search_state.pv[1]).c_str());
-    std::printf("\n");
+        print(" ponder %s", move_text(search_state.pv[1]).c_str());
+    print("\n");
 }
 
 void dispatch_uci_command(std::string_view line) {

@@ -18,6 +18,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <system_error>
+#include <thread>
 
 #ifdef __linux__
 #include <sys/mman.h>
@@ -99,14 +101,30 @@ u64 tt_buckets_for(int megabytes) {
     return count;
 }
 
+namespace {
+
+// A table of zeros, nullptr when there is no memory for it. Its pages come from the system as they are
+// touched, so that a large table costs no start-up time.
+TTBucket* fresh_buckets(u64 count) {
+    return static_cast<TTBucket*>(std::calloc(static_cast<std::size_t>(count), sizeof(TTBucket)));
+}
+
+// To give gigabytes back takes the system a second or more, which nobody has to wait for.
+void release_in_background(TTBucket* block) {
+    try {
+        std::thread([block] { std::free(block); }).detach();
+    } catch (const std::system_error&) {  // no more threads for us
+        std::free(block);
+    }
+}
+
+}  // namespace
+
 int tt_allocate(int megabytes) {
     const u64 wanted = tt_buckets_for(megabytes);
     tt_buckets.reset();
     for (tt_bucket_count = wanted; tt_bucket_count > 0; tt_bucket_count /= 2) {
-        // Pages of zeros come from the system as they are touched, so that a large table costs no start-up
-        // time.
-        tt_buckets.reset(
-            static_cast<TTBucket*>(std::calloc(static_cast<std::size_t>(tt_bucket_count), sizeof(TTBucket))));
+        tt_buckets.reset(fresh_buckets(tt_bucket_count));
         if (tt_buckets)
             break;
     }
@@ -118,7 +136,17 @@ int tt_allocate(int megabytes) {
     return tt_bucket_count == wanted ? megabytes : static_cast<int>(megabytes_of(tt_bucket_count));
 }
 
+// Writing zeros over a large table would keep the client waiting, so it is exchanged for a new one, unless
+// there is no memory for both.
 void tt_clear() {
+    constexpr u64 LARGE_TABLE_MB = 64;
+    if (megabytes_of(tt_bucket_count) >= LARGE_TABLE_MB) {
+        if (TTBucket* const fresh = fresh_buckets(tt_bucket_count)) {
+            release_in_background(tt_buckets.release());
+            tt_buckets.reset(fresh);
+            return;
+        }
+    }
     std::memset(static_cast<void*>(tt_buckets.get()), 0,
                 static_cast<std::size_t>(tt_bucket_count) * sizeof(TTBucket));
 }

@@ -32,7 +32,9 @@ int tt_allocate(int megabytes);
 // How many buckets a table of that many megabytes has: the largest power of two that fits, at least 16384.
 u64 tt_buckets_for(int megabytes);
 
-void tt_clear();  // forgets everything
+// Forgets everything, in a moment whatever the size: the memory of a large table is given back in the
+// background.
+void tt_clear();
 
 void tt_forget(HashKey key);  // forgets one position
 

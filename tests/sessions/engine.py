@@ -48,7 +48,9 @@ class Engine:
                  under=()):
         self.folder = tempfile.mkdtemp(prefix="quelmar-session-")
         for name, content in (files or {}).items():
-            pathlib.Path(self.folder, name).write_text(content)
+            path = pathlib.Path(self.folder, name)
+            path.parent.mkdir(exist_ok=True)
+            path.write_text(content)
         self.errors = open(os.path.join(self.folder, "stderr"), "w+b")
         command = [*under, os.path.abspath(program), *arguments]
         if close_input:
@@ -65,7 +67,7 @@ class Engine:
         ours, its = pty.openpty() if terminal else (None, subprocess.PIPE)
         self.process = subprocess.Popen(
             command, cwd=self.folder, stdin=its, stdout=subprocess.PIPE, stderr=self.errors, bufsize=0,
-            preexec_fn=confine, env=os.environ | {"ASAN_OPTIONS": options})
+            preexec_fn=confine, env=os.environ | {"ASAN_OPTIONS": options, "XDG_CONFIG_HOME": self.folder})
         if terminal:
             os.close(its)
             self.process.stdin = open(ours, "wb", buffering=0)

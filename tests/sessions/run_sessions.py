@@ -20,7 +20,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 NOT_HERE = 77  # exit status that ctest takes for "skipped"
 HALF_LINE_PAUSE = 0.05  # seconds for a half line to arrive alone; the test holds also when it does not
 MEMCHECK = ("valgrind", "--quiet", "--error-exitcode=99", "--leak-check=full", "--errors-for-leak-kinds=definite")
-SETUP = ("$", "ini", "epd", "memory", "no", "not", "terminal", "each", "|", "rows")
+SETUP = ("$", "ini", "home", "epd", "memory", "no", "not", "terminal", "each", "|", "rows")
 
 
 def fill(text, kept):
@@ -82,10 +82,12 @@ class Session:
     def __init__(self, program, setup, steps, kept, under=()):
         given = {word: [fill(rest, kept) for _, one, rest in setup if one == word] for word in SETUP}
         self.kept = kept
+        self.lines_of_log = None
         self.steps = list(steps)
         if not any(word in ("exit", "kill") for _, word, _ in steps):
             self.steps += [(0, "end", ""), (0, "exit", "0")]
-        files = {"quelmar.ini": given["ini"], "suite.epd": [unescape(line) for line in given["epd"]]}
+        files = {"quelmar.ini": given["ini"], "quelmar/quelmar.ini": given["home"],
+                 "suite.epd": [unescape(line) for line in given["epd"]]}
         self.engine = Engine(
             program,
             arguments=" ".join(given["$"]).split(),
@@ -108,6 +110,7 @@ class Session:
             "list": self.list_words,
             "!": engine.forbidden.append,
             "ok": engine.forbidden.remove,
+            "log": self.log,
             "end": lambda _: engine.end_input(),
             "deaf": lambda _: engine.end_output(),
             "exit": self.exit,
@@ -119,6 +122,12 @@ class Session:
                 actions[word](fill(rest, self.kept))
             except Failure as failure:
                 raise Failure("line %d, %s %s: %s" % (number, word, rest, failure)) from None
+
+    def log(self, pattern):
+        if self.lines_of_log is None:
+            self.lines_of_log = iter(pathlib.Path(self.engine.folder, "out.log").read_text("utf-8").splitlines())
+        if not any(re.search(pattern, line) for line in self.lines_of_log):
+            raise Failure("no such line in the log file")
 
     def half_line(self, rest):
         self.engine.send(unescape(rest))

@@ -1,0 +1,135 @@
+#include "protocol/tester_commands.h"
+
+#include "board/attacks.h"
+#include "board/diagram.h"
+#include "board/generate.h"
+#include "board/make_move.h"
+#include "board/move_list.h"
+#include "board/perft.h"
+#include "board/position.h"
+#include "board/setup.h"
+#include "protocol/eval_table.h"
+#include "protocol/input.h"
+#include "protocol/move_text.h"
+#include "protocol/output.h"
+#include "protocol/protocol_state.h"
+#include "protocol/root_moves.h"
+#include "protocol/root_view.h"
+#include "protocol/text_values.h"
+#include "search/search_control.h"
+
+#include <cinttypes>
+#include <string>
+
+namespace quelmar {
+
+namespace {
+
+bool has_position() {
+    if (!position.usable)
+        tell("there is no position");
+    return position.usable;
+}
+
+// ---- d ----
+
+bool is_man_of(Side side, Piece kind, Square square) {
+    return position.at(square) == man_of(side, kind);
+}
+
+// Whether the man that stands first on the line of `step` from the king attacks him from there.
+bool attacks_along(Square king, Square square, int step) {
+    const Side them = other_side(side_of(position.at(king)));
+    if (is_man_of(them, QUEEN, square) || is_man_of(them, is_diagonal(step) ? BISHOP : ROOK, square))
+        return true;
+    const bool comes_from_ahead =
+        (step > 0) == (them == BLACK);  // seen from the king, as his enemy's pawns do
+    return square == king + step && is_diagonal(step) && comes_from_ahead && is_man_of(them, PAWN, square);
+}
+
+// The squares of the men that check the side to move, with a blank before each.
+std::string checkers() {
+    const Side us = position.side_to_move;
+    const Square king = position.king_square(us);
+    std::string text;
+    for (const int offset : knight_offsets) {
+        if (is_man_of(other_side(us), KNIGHT, king + offset))
+            text += " " + square_text(king + offset);
+    }
+    for (const int step : king_offsets) {
+        Square square = king + step;
+        while (position.at(square) == EMPTY)
+            square += step;
+        if (attacks_along(king, square, step))
+            text += " " + square_text(square);
+    }
+    return text;
+}
+
+// ---- perft ----
+
+constexpr int MAX_PERFT_DEPTH = 60;
+constexpr int UNASKED_DEPTH = 3;  // so many plies are counted between two looks at the input
+
+u64 count_below(int depth) {
+    if (depth <= UNASKED_DEPTH)
+        return perft(depth, generate_legal_moves);
+    u64 games = 0;
+    generate_legal_moves();
+    for (const Move& move : move_list.current()) {
+        poll_input();
+        if (search_control.abort_search)
+            break;
+        make_move(&move);
+        games += count_below(depth - 1);
+        unmake_move(&move);
+    }
+    return games;
+}
+
+}  // namespace
+
+void show_position() {
+    if (!has_position())
+        return;
+    const RootView root;
+    print_text(board_diagram());
+    print("FEN: %s\nKey: %016" PRIX64 "\nCheckers:%s\n", fen_text().c_str(), position.current().key,
+          checkers().c_str());
+}
+
+void show_evaluation() {
+    if (!has_position())
+        return;
+    const RootView root;
+    print_evaluation();
+}
+
+void count_games(std::string_view arguments) {
+    if (!has_position())
+        return;
+    const auto depth = take_number(arguments);
+    if (!depth || *depth < 1 || *depth > MAX_PERFT_DEPTH) {
+        tell("go perft takes a depth from 1 to " + std::to_string(MAX_PERFT_DEPTH));
+        return;
+    }
+    build_root_moves();
+    protocol_state.searching = true;
+    u64 games = 0;
+    for (const Move* move = root_moves.data(); move->from != 0 && !search_control.abort_search; ++move) {
+        const std::string name = move_text(*move);
+        make_move(move);
+        const u64 of_move = count_below(*depth - 1);
+        unmake_move(move);
+        games += of_move;
+        if (!search_control.abort_search)
+            print("%s: %" PRIu64 "\n", name.c_str(), of_move);
+    }
+    protocol_state.searching = false;
+    if (search_control.abort_search)
+        tell("stopped before the end");
+    else
+        print("\nNodes searched: %" PRIu64 "\n", games);
+}
+
+}  // namespace quelmar

@@ -1,0 +1,19 @@
+// Commands for people who test the engine, beside those of UCI. Their answers are lines for a person.
+#pragma once
+
+#include <string_view>
+
+namespace quelmar {
+
+// "d": the position as a diagram, its FEN, its key and the men that give check. As all of these it says so
+// when there is no position.
+void show_position();
+
+// "eval": the table of the terms.
+void show_evaluation();
+
+// "go perft DEPTH": how many games of so many plies there are, by their first move. "stop" ends it. Anything
+// but a depth from 1 to 60 is told.
+void count_games(std::string_view arguments);
+
+}  // namespace quelmar
