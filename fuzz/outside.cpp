@@ -135,7 +135,7 @@ int __real_poll(pollfd* descriptors, nfds_t count, int timeout_ms);
 ssize_t __real_read(int descriptor, void* buffer, std::size_t size);
 int __real_gettimeofday(timeval* now, void* zone);
 std::FILE* __real_fopen(const char* path, const char* mode);
-void* __real_calloc(std::size_t count, std::size_t size);
+void* __real__ZN7quelmar8platform14allocate_largeEm(std::size_t bytes);
 [[noreturn]] void __real_exit(int status);
 bool __real__ZN7quelmar22position_is_consistentEv();
 int __real__ZN7quelmar8evaluateEv();
@@ -168,9 +168,10 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
     return fmemopen(const_cast<quelmar::u8*>(outside.input.data()), outside.input.size(), "r");
 }
 
-void* __wrap_calloc(std::size_t count, std::size_t size) {
-    const bool too_large = size != 0 && count > LARGEST_BLOCK / size;
-    return outside.inside_session && too_large ? nullptr : __real_calloc(count, size);
+void* __wrap__ZN7quelmar8platform14allocate_largeEm(std::size_t bytes) {
+    return outside.inside_session && bytes > LARGEST_BLOCK
+               ? nullptr
+               : __real__ZN7quelmar8platform14allocate_largeEm(bytes);
 }
 
 void __wrap_exit(int status) {

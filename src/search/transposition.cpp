@@ -11,20 +11,15 @@
 #include "board/make_move.h"
 #include "board/move_list.h"
 #include "board/position.h"
+#include "platform/platform.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <system_error>
 #include <thread>
-
-#ifdef __linux__
-#include <sys/mman.h>
-#include <unistd.h>
-#endif
 
 namespace quelmar {
 
@@ -37,20 +32,21 @@ struct TTBucket {
 };
 static_assert(sizeof(TTBucket) == 48);
 
-struct Release {
-    void operator()(TTBucket* block) const { std::free(block); }
-};
-
 constexpr u64 MIN_BUCKETS = 16384;
 // The low half of a key reaches no further, and neither do 32-bit sizes.
 constexpr u64 MAX_BUCKETS = sizeof(std::size_t) > 4 ? u64{1} << 32 : u64{1} << 26;
 
-std::unique_ptr<TTBucket, Release> tt_buckets;
-u64 tt_bucket_count = 0;  // a power of two
-u64 tt_store_count = 0;   // since the last reset
+struct BucketBlock {
+    TTBucket* buckets = nullptr;
+    u64 count = 0;  // a power of two
+
+    std::size_t bytes() const { return static_cast<std::size_t>(count) * sizeof(TTBucket); }
+};
+BucketBlock table;
+u64 tt_store_count = 0;  // since the last reset
 
 TTBucket& bucket_of(HashKey key) {
-    return tt_buckets.get()[(key & 0xFFFFFFFF) & (tt_bucket_count - 1)];
+    return table.buckets[(key & 0xFFFFFFFF) & (table.count - 1)];
 }
 
 bool holds(const TTEntry& entry, HashKey key) {
@@ -79,18 +75,6 @@ u64 megabytes_of(u64 buckets) {
     return buckets * sizeof(TTBucket) >> 20;
 }
 
-// Nearly every probe of a large table falls on another page. Large pages save most of the translations of
-// addresses; a system that knows none, or is short of them, does without.
-void ask_for_large_pages() {
-#ifdef MADV_HUGEPAGE
-    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-    char* const begin = reinterpret_cast<char*>(tt_buckets.get());
-    const std::size_t before_page = (page - reinterpret_cast<std::uintptr_t>(begin) % page) % page;
-    const std::size_t bytes = static_cast<std::size_t>(tt_bucket_count) * sizeof(TTBucket) - before_page;
-    madvise(begin + before_page, bytes / page * page, MADV_HUGEPAGE);
-#endif
-}
-
 }  // namespace
 
 u64 tt_buckets_for(int megabytes) {
@@ -103,18 +87,24 @@ u64 tt_buckets_for(int megabytes) {
 
 namespace {
 
-// A table of zeros, nullptr when there is no memory for it. Its pages come from the system as they are
-// touched, so that a large table costs no start-up time.
-TTBucket* fresh_buckets(u64 count) {
-    return static_cast<TTBucket*>(std::calloc(static_cast<std::size_t>(count), sizeof(TTBucket)));
+// A table of zeros, without buckets when there is no memory for it. Nearly every probe of a large table falls
+// on another page, so it wants large ones.
+BucketBlock fresh_table(u64 count) {
+    BucketBlock fresh{nullptr, count};
+    fresh.buckets = static_cast<TTBucket*>(platform::allocate_large(fresh.bytes()));
+    return fresh;
+}
+
+void release(BucketBlock block) {
+    platform::release_large(block.buckets, block.bytes());
 }
 
 // To give gigabytes back takes the system a second or more, which nobody has to wait for.
-void release_in_background(TTBucket* block) {
+void release_in_background(BucketBlock block) {
     try {
-        std::thread([block] { std::free(block); }).detach();
+        std::thread([block] { release(block); }).detach();
     } catch (const std::system_error&) {  // no more threads for us
-        std::free(block);
+        release(block);
     }
 }
 
@@ -122,33 +112,32 @@ void release_in_background(TTBucket* block) {
 
 int tt_allocate(int megabytes) {
     const u64 wanted = tt_buckets_for(megabytes);
-    tt_buckets.reset();
-    for (tt_bucket_count = wanted; tt_bucket_count > 0; tt_bucket_count /= 2) {
-        tt_buckets.reset(fresh_buckets(tt_bucket_count));
-        if (tt_buckets)
+    release(table);
+    for (u64 count = wanted; count > 0; count /= 2) {
+        table = fresh_table(count);
+        if (table.buckets != nullptr)
             break;
     }
-    if (!tt_buckets) {
+    if (table.buckets == nullptr) {
         std::printf("*** Cannot allocate the transposition table\n");
         std::exit(EXIT_FAILURE);
     }
-    ask_for_large_pages();
-    return tt_bucket_count == wanted ? megabytes : static_cast<int>(megabytes_of(tt_bucket_count));
+    return table.count == wanted ? megabytes : static_cast<int>(megabytes_of(table.count));
 }
 
 // Writing zeros over a large table would keep the client waiting, so it is exchanged for a new one, unless
 // there is no memory for both.
 void tt_clear() {
     constexpr u64 LARGE_TABLE_MB = 64;
-    if (megabytes_of(tt_bucket_count) >= LARGE_TABLE_MB) {
-        if (TTBucket* const fresh = fresh_buckets(tt_bucket_count)) {
-            release_in_background(tt_buckets.release());
-            tt_buckets.reset(fresh);
+    if (megabytes_of(table.count) >= LARGE_TABLE_MB) {
+        const BucketBlock fresh = fresh_table(table.count);
+        if (fresh.buckets != nullptr) {
+            release_in_background(table);
+            table = fresh;
             return;
         }
     }
-    std::memset(static_cast<void*>(tt_buckets.get()), 0,
-                static_cast<std::size_t>(tt_bucket_count) * sizeof(TTBucket));
+    std::memset(static_cast<void*>(table.buckets), 0, table.bytes());
 }
 
 void tt_forget(HashKey key) {
@@ -226,7 +215,7 @@ Score tt_score_at(Score stored, int ply) {
 }
 
 int tt_hashfull() {
-    const double slots = 2.0 * static_cast<double>(tt_bucket_count);
+    const double slots = 2.0 * static_cast<double>(table.count);
     const double stores = static_cast<double>(tt_store_count);
     return static_cast<int>(1000.0 * (1.0 - std::exp(stores * std::log(1.0 - 1.0 / slots))));
 }
