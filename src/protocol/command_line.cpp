@@ -63,7 +63,7 @@ void greet_terminal(std::string_view program, const char* what) {
 }
 
 bool errors_reach_terminal() {
-    return ::isatty(STDERR_FILENO) == 1;
+    return platform::is_terminal(platform::STANDARD_ERROR);
 }
 
 }  // namespace quelmar
