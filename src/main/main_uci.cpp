@@ -55,10 +55,10 @@ auto mode_of(std::string_view word) -> int (*)(std::span<char*>) {
 
 int main(int argc, char** argv) {
     platform::prepare_standard_streams();
+    end_when_memory_runs_out();
     const std::span<char*> arguments{argv, static_cast<std::size_t>(argc)};
     if (const auto status = status_of_options(arguments, USAGE))
         return *status;
-    end_when_memory_runs_out();
     start_engine(UciKind::STANDARD);
     auto* const batch_mode = mode_of(argc > 1 ? argv[1] : "");
     open_input(batch_mode != nullptr ? EndOfInput::IS_IGNORED : EndOfInput::QUITS);

@@ -24,20 +24,25 @@
 
 namespace quelmar {
 
+[[noreturn]] static void end_without_memory() {
+    std::printf("*** Out of memory\n");
+    std::fflush(stdout);
+    std::_Exit(EXIT_FAILURE);
+}
+
 // No new handler, since readers of tables ask for memory that they can do without.
 void end_when_memory_runs_out() {
     std::set_terminate([] {
+        const std::exception_ptr fault = std::current_exception();
         try {
-            if (const std::exception_ptr fault = std::current_exception())
+            if (fault != nullptr)
                 std::rethrow_exception(fault);
         } catch (const std::bad_alloc&) {
-            std::printf("*** Out of memory\n");
-            std::fflush(stdout);
-            std::_Exit(EXIT_FAILURE);
+            end_without_memory();
         } catch (...) {
             std::abort();
         }
-        std::abort();
+        end_without_memory();  // there was none left even for the exception
     });
 }
 

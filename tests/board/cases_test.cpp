@@ -7,6 +7,7 @@
 #include "board/position.h"
 #include "board/setup.h"
 #include "eval/evaluate.h"
+#include "eval/exchange.h"
 #include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
@@ -65,11 +66,16 @@ std::string san(const Words& words) {
     return move == nullptr ? "none" : san_text(*move);
 }
 
+void list_captures() {
+    find_threats();
+    generate_captures();
+}
+
 TEST_F(Board, CasesAreAnswered) {
     constexpr Question QUESTIONS[] = {
         {"moves", listed<generate_moves>},
         {"legal", listed<generate_legal_moves>},
-        {"captures", listed<generate_captures>},
+        {"captures", listed<list_captures>},
         {"checks", listed<generate_quiet_checks>},
         {"evasions", listed<generate_evasions>},
         {"castlings", listed<generate_legal_moves>},

@@ -62,6 +62,7 @@ std::string extension(const Words& words) {
     keep_attack_facts(context);
     for (std::size_t i = 3; i + 1 < words.size(); i += 2)
         tell_node(context, words[i], std::stoi(words[i + 1]));
+    context.common = common_extension(context);
     const Depth depth = move_extension(context, move, std::stoi(words.at(2)));
     position.search_ply = 0;
     return std::to_string(depth);

@@ -116,7 +116,7 @@ TEST_F(TimeControlTest, TimeStopsOnlyWhatItMayStop) {
         search_state.timed = c.timed;
         search_state.target_time = 1000;
         search_state.max_time = 4000;
-        search_state.start_time = clock_ms() - c.elapsed;
+        search_state.start_time = search_state.budget_start = clock_ms() - c.elapsed;
         time_check();
         EXPECT_EQ(search_control.abort_search, c.stops) << c.what;
     }

@@ -8,6 +8,7 @@
 #include "tablebase/block_cache.h"
 #include "tablebase/catalogue.h"
 #include "tablebase/index.h"
+#include "tablebase/index_tables.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"
 
@@ -39,7 +40,8 @@ class Tables : public EngineTest {
 protected:
     Tables() {
         table_reports = {.faulty_file_is_fatal = true, .tell = tell};
-        setup_tablebases("nowhere", 1);  // the index tables are there from the first start on
+        setup_tablebases("nowhere", 1);
+        build_index_tables();  // otherwise made when the first table is found
     }
     ~Tables() override { setup_tablebases("nowhere", 1); }
 
