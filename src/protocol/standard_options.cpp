@@ -121,7 +121,7 @@ std::string set_opponent(const std::string& value) {
     return {};
 }
 
-const std::string ABOUT = std::string(ENGINE_NAME) + " " + ENGINE_VERSION + " by " + ENGINE_AUTHOR;
+std::string about;  // written by remember_standard_defaults: nothing allocates before main
 
 bool castles_onto_rook() {
     return castling_notation == CastlingText::KING_TAKES_ROOK;
@@ -142,7 +142,7 @@ constexpr Option OPTIONS[] = {
     {"UCI_Elo", Kind::SPIN, &strength_settings.elo, nullptr, MIN_ELO, MAX_ELO},
     {"UCI_AnalyseMode", Kind::CHECK, &strength_settings.analyses},
     {.name = "UCI_Opponent", .kind = Kind::STRING, .text = &opponent, .set_text = set_opponent},
-    {.name = "UCI_EngineAbout", .kind = Kind::STRING, .text = &ABOUT,
+    {.name = "UCI_EngineAbout", .kind = Kind::STRING, .text = &about,
      .set_text = [](const std::string&) { return std::string("it only tells who I am"); }},
     {"UCI_ShowCurrLine", Kind::CHECK, &settings.show_curr_line},
     {"UCI_ShowRefutations", Kind::CHECK, &settings.show_refutations},
@@ -234,6 +234,7 @@ std::string_view without_space_around(std::string_view text) {
 }  // namespace
 
 void remember_standard_defaults() {
+    about = std::string(ENGINE_NAME) + " " + ENGINE_VERSION + " by " + ENGINE_AUTHOR;
     for (int i = 0; i < OPTION_COUNT; ++i) {
         default_values[i] = std::clamp(OPTIONS[i].value(), OPTIONS[i].min, OPTIONS[i].max);
         default_texts[i] = OPTIONS[i].text != nullptr ? *OPTIONS[i].text : std::string{};
