@@ -225,25 +225,6 @@ int null_reduction(const Node& node) {
     return careful ? std::max(plies - 1, 0) : plies;
 }
 
-// The table knows that we are being mated, so passing cannot reach beta.
-bool known_to_be_mated(const Node& node, Depth depth) {
-    return node.in_table && node.entry.upper_score <= -FOUND_MATE_LIMIT && node.entry.upper_depth >= depth &&
-           node.entry.upper_score < node.beta;
-}
-
-// The Botvinnik-Markoff condition: the move that refutes passing pursues the same man as the threat two plies
-// ago did, so the threat is real and was only delayed.
-bool is_threat_renewed(const Node& node) {
-    const PackedMove threat = node.here.threat_move;
-    const PackedMove older = search_state.at(node.ply - 2).threat_move;
-    if (threat == 0 || older == 0)
-        return false;
-    const Move& own = own_move_before();
-    if (packed_to(threat) == own.to)
-        return own.from == packed_to(older);
-    return packed_to(threat) == packed_to(older);
-}
-
 // `answer` is what the opponent played when we passed; it is empty when the table or the static score
 // answered.
 void note_threat(Node& node, const Move& answer, Score value) {

@@ -6,6 +6,7 @@
 #include "board/square_tables.h"
 #include "eval/outputs.h"
 #include "search/extensions.h"
+#include "search/path.h"
 #include "search/score.h"
 #include "search/search_state.h"
 #include "search/transposition.h"
@@ -68,6 +69,25 @@ inline Depth lopsided_reduction(Score ahead, int material) {
 // Static null moves are tried up to this depth.
 inline Depth static_null_depth() {
     return search_state.iteration < 3 ? 0 : search_state.iteration < 6 ? ONE_PLY : 2 * ONE_PLY;
+}
+
+// The table knows that we are being mated, so passing cannot reach beta.
+inline bool known_to_be_mated(const Node& node, Depth depth) {
+    return node.in_table && node.entry.upper_score <= -FOUND_MATE_LIMIT && node.entry.upper_depth >= depth &&
+           node.entry.upper_score < node.beta;
+}
+
+// The Botvinnik-Markoff condition: the move that refutes passing pursues the same man as the threat two plies
+// ago did, so the threat is real and was only delayed.
+inline bool is_threat_renewed(const Node& node) {
+    const PackedMove threat = node.here.threat_move;
+    const PackedMove older = search_state.at(node.ply - 2).threat_move;
+    if (threat == 0 || older == 0)
+        return false;
+    const Move& own = own_move_before();
+    if (packed_to(threat) == own.to)
+        return own.from == packed_to(older);
+    return packed_to(threat) == packed_to(older);
 }
 
 }  // namespace quelmar
