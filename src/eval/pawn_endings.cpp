@@ -77,7 +77,7 @@ template <Side Us> void add_pawn(Runner& runner, const EvalContext& context, Squ
 template <Side Us> Runner run_pawns(const EvalContext& context) {
     Runner runner;
     const Square king = context.of(Us).king;
-    runner.total = king_endgame_square[king];
+    runner.total = int{king_endgame_square[king]};
     for (Square square = position.next_man(king); square != LIST_END; square = position.next_man(square))
         add_pawn<Us>(runner, context, square);
     return runner;

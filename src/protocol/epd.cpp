@@ -52,11 +52,11 @@ std::string take_operand(std::string_view& text) {
     text = skip_space(text);
     if (text.starts_with('"')) {
         const std::size_t end = std::min(text.find('"', 1), text.size());
-        const std::string operand(text.substr(1, end - 1));
+        std::string operand(text.substr(1, end - 1));
         text = text_from(text, end + 1);
         return operand;
     }
-    const std::string operand(text.substr(0, text.find_first_of("; \t\n\r")));
+    std::string operand(text.substr(0, text.find_first_of("; \t\n\r")));
     text.remove_prefix(operand.size());
     return operand;
 }

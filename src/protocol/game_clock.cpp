@@ -1,7 +1,6 @@
 #include "protocol/game_clock.h"
 
 #include "board/position.h"
-#include "protocol/game_clock.h"
 #include "protocol/protocol_state.h"
 #include "protocol/text_values.h"
 

@@ -99,7 +99,7 @@ void set_table_cache(int megabytes) {
 std::string log_path;
 
 std::string set_log_file(const std::string& path) {
-    const std::string fault = open_log_file(path);
+    std::string fault = open_log_file(path);
     log_path = fault.empty() ? path : std::string{};
     return fault;
 }

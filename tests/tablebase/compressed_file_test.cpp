@@ -55,7 +55,8 @@ Bytes table_like_bytes(std::size_t size, unsigned seed) {
     Bytes bytes;
     while (bytes.size() < size) {
         const u8 value = static_cast<u8>(random() % 40);
-        bytes.insert(bytes.end(), 1 + random() % (random() % 16 == 0 ? 400 : 6), value);
+        const auto length = random(), range = random();  // in this order, whatever the compiler
+        bytes.insert(bytes.end(), 1 + length % (range % 16 == 0 ? 400 : 6), value);
     }
     bytes.resize(size);
     return bytes;

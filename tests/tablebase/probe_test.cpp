@@ -17,7 +17,6 @@
 #include <filesystem>
 #include <fstream>
 #include <limits>
-#include <regex>
 #include <sstream>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -83,7 +82,7 @@ protected:
         return read_table_value(ending_by_name(name), side, index);
     }
     static bool is_line(const std::string& said, const std::string& pattern) {
-        return std::regex_match(said, std::regex(pattern + "\n"));
+        return ::testing::internal::RE::FullMatch(said, ::testing::internal::RE(pattern + "\n"));
     }
     // What loading prints before it ends the process.
     void expect_fatal(const std::string& pattern) const {
