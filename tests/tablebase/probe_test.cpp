@@ -69,7 +69,8 @@ protected:
         settings.tb_path.clear();
         for (std::size_t from = 0; from <= subdirectories.size();) {
             const std::size_t to = std::min(subdirectories.find(';', from), subdirectories.size());
-            settings.tb_path += (from > 0 ? ";" : "") + path(subdirectories.substr(from, to - from)).string();
+            settings.tb_path.append(from > 0 ? ";" : "")
+                .append(path(subdirectories.substr(from, to - from)).string());
             from = to + 1;
         }
         apply_table_path();
