@@ -1,17 +1,15 @@
 #include "outside.h"
 
-#include "board/hash_keys.h"
 #include "board/position.h"
-#include "eval/exchange.h"
 #include "eval/outputs.h"
 #include "protocol/game_clock.h"
 #include "protocol/input.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
-#include "protocol/thinking.h"
+#include "protocol/startup.h"
+#include "protocol/xboard.h"
 #include "search/search_control.h"
 #include "search/search_limits.h"
-#include "search/search_reports.h"
 #include "search/search_state.h"
 #include "search/transposition.h"
 #include "tablebase/registry.h"
@@ -74,6 +72,7 @@ ssize_t read_input_bytes(void* buffer, std::size_t size) {
 }
 
 void reset_engine() {
+    set_search_line_handler(dispatch_xboard_during_search);
     position = {};
     attack_map = {};
     ply_outputs.fill({});
@@ -107,12 +106,7 @@ extern "C" {
 int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
     if (!std::freopen("/dev/null", "w", stdout))
         std::abort();
-    quelmar::init_hash_keys();
-    quelmar::build_exchange_table();
-    quelmar::print_what_the_search_says();
-    quelmar::search_reports.poll_input = quelmar::poll_input;
-    quelmar::search_reports.wait_for_input = quelmar::wait_for_input;
-    quelmar::table_reports.tell = quelmar::tell;
+    quelmar::start_engine(quelmar::UciKind::OWN);
     return 0;
 }
 
