@@ -1,11 +1,9 @@
 // Arbitrary text as FEN or EPD. What can be set up is looked at from all sides: every generator, every legal
 // move played and taken back, the evaluation, the exchanges, the texts, and a short search.
 #include "board/consistency.h"
-#include "board/diagram.h"
 #include "board/game_result.h"
 #include "board/generate.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "eval/evaluate.h"
 #include "eval/exchange.h"
@@ -13,7 +11,6 @@
 #include "protocol/game.h"
 #include "protocol/move_text.h"
 #include "protocol/root_moves.h"
-#include "protocol/san.h"
 #include "search/captures.h"
 
 #include <cstdlib>

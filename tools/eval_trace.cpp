@@ -8,9 +8,9 @@
 #include "board/processor.h"
 #include "eval/exchange.h"
 #include "protocol/command_line.h"
-#include "protocol/eval_table.h"
 #include "protocol/game.h"
 #include "protocol/settings.h"
+#include "protocol/tester_commands.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -4,7 +4,6 @@
 #include "tablemaker/compress.h"
 #include "tablemaker/error.h"
 #include "tablemaker/maker.h"
-#include "tablemaker/requirements.h"
 #include "tablemaker/table_file.h"
 #include "tablemaker/verify.h"
 

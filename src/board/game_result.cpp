@@ -2,7 +2,6 @@
 
 #include "board/attacks.h"
 #include "board/generate.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "board/square_tables.h"
 

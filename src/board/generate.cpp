@@ -1,7 +1,7 @@
 #include "board/generate.h"
 
-#include "board/diagram.h"
 #include "board/generate_core.h"
+#include "board/position.h"
 
 #include <algorithm>
 #include <cstdio>

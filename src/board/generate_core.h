@@ -8,7 +8,6 @@
 #include "board/attacks.h"
 #include "board/check_maps.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/position.h"
 
 namespace quelmar {

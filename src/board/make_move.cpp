@@ -2,7 +2,6 @@
 
 #include "board/consistency.h"
 #include "board/hash_keys.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "board/square_tables.h"
 

@@ -1,6 +1,7 @@
 #include "board/position.h"
 
 #include <algorithm>
+#include <cstdio>
 
 namespace quelmar {
 
@@ -105,6 +106,31 @@ void make_room_on_stack() {
     std::copy(stack.begin() + PLIES_TO_DROP, stack.begin() + position.game_ply + 1, stack.begin());
     position.game_ply -= PLIES_TO_DROP;
     position.dropped_plies += PLIES_TO_DROP;
+}
+
+namespace {
+
+constexpr Table<const char*, 13> diagram_cells = {"|   ", "| P ", "| N ", "| B ", "| R ", "| Q ", "| K ",
+                                                  "|=P=", "|=N=", "|=B=", "|=R=", "|=Q=", "|=K="};
+constexpr char DIAGRAM_LINE[] = "+---+---+---+---+---+---+---+---+\n";
+
+}  // namespace
+
+std::string board_diagram() {
+    std::string text = DIAGRAM_LINE;
+    for (int rank = 7; rank >= 0; --rank) {
+        for (int file = 0; file < 8; ++file) {
+            const Piece piece = position.at(square_at(file, rank));
+            const bool dark = (file + rank) % 2 == 0;
+            text += piece == EMPTY && dark ? "| . " : diagram_cells[piece];
+        }
+        text.append("|\n").append(DIAGRAM_LINE);
+    }
+    return text;
+}
+
+void print_board() {
+    std::printf("%s", board_diagram().c_str());
 }
 
 }  // namespace quelmar

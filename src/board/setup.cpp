@@ -3,7 +3,6 @@
 #include "board/attacks.h"
 #include "board/consistency.h"
 #include "board/hash_keys.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "board/square_tables.h"
 
@@ -28,8 +27,8 @@ using CastlingRooks = Table<Square, 4>;
 // Which of several rooks on one side of the king a letter of KQkq means.
 enum class RookMeant { NEAREST, OUTERMOST };
 
-constexpr std::string_view CASTLING_LETTERS = "KQkq";  // in the order of the bits
-constexpr std::string_view WHITE_FILES = "ABCDEFGH", BLACK_FILES = "abcdefgh";
+constexpr char CASTLING_LETTERS[] = "KQkq";  // in the order of the bits
+constexpr char WHITE_FILES[] = "ABCDEFGH", BLACK_FILES[] = "abcdefgh";
 
 std::string_view take_field(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
@@ -142,7 +141,7 @@ u8 read_halfmove_clock(std::string_view field) {
     return static_cast<u8>(std::min(plies, LIMIT));
 }
 
-constexpr std::string_view PIECE_CODES = " PNBRQKpnbrqk";  // in the order of the piece codes
+constexpr char PIECE_CODES[] = " PNBRQKpnbrqk";  // in the order of the piece codes
 
 bool is_separator(char c) {
     return c == ' ' || c == '/' || c == ';';
@@ -174,8 +173,8 @@ FenError parse_placement(const char*& text) {
                 return FenError::PLACEMENT_IMPOSSIBLE;
             square += c - '0';
         } else {
-            const std::size_t code = PIECE_CODES.find(c);
-            if (code == std::string_view::npos || !is_playing_square(square))
+            const int code = place_of(c, PIECE_CODES);
+            if (code < 0 || !is_playing_square(square))
                 return FenError::PLACEMENT_IMPOSSIBLE;
             position.board[square] = static_cast<u8>(code);
             if (!is_separator(text[1]))
@@ -263,7 +262,7 @@ std::string placement_text() {
                 continue;
             }
             put_empty();
-            text += PIECE_CODES[static_cast<std::size_t>(piece)];
+            text += PIECE_CODES[piece];
         }
         put_empty();
         text += rank > 0 ? "/" : "";
@@ -273,14 +272,13 @@ std::string placement_text() {
 
 std::string castling_text() {
     std::string text;
-    for (int i = 0; i < static_cast<int>(CASTLING_LETTERS.size()); ++i) {
+    for (int i = 0; i < CastlingRooks::size(); ++i) {
         if ((position.current().castle_lost & 1 << i) != 0)
             continue;
         const Square rook = position.castle_rook_square[i];
         const bool is_outermost = rook == rook_beside_king(i, RookMeant::OUTERMOST);
-        const std::string_view files = side_of_castling(i) == WHITE ? WHITE_FILES : BLACK_FILES;
-        text += is_outermost ? CASTLING_LETTERS[static_cast<std::size_t>(i)]
-                             : files[static_cast<std::size_t>(file_of(rook))];
+        const char* files = side_of_castling(i) == WHITE ? WHITE_FILES : BLACK_FILES;
+        text += is_outermost ? CASTLING_LETTERS[i] : files[file_of(rook)];
     }
     return text.empty() ? "-" : text;
 }
@@ -289,7 +287,7 @@ std::string en_passant_text() {
     const Square square = position.current().ep_square;
     if (square == 0)
         return "-";
-    return {BLACK_FILES[static_cast<std::size_t>(file_of(square))], static_cast<char>('1' + rank_of(square))};
+    return {BLACK_FILES[file_of(square)], static_cast<char>('1' + rank_of(square))};
 }
 
 }  // namespace

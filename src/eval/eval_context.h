@@ -8,7 +8,6 @@
 #include "board/square_tables.h"
 #include "eval/exchange.h"
 #include "eval/outputs.h"
-#include "eval/pawn_squares.h"
 #include "eval/pawns.h"
 
 namespace quelmar {

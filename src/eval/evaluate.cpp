@@ -11,7 +11,6 @@
 #include "board/position.h"
 #include "board/processor.h"
 #include "board/square_tables.h"
-#include "eval/attack_map.h"
 #include "eval/endings.h"
 #include "eval/eval_context.h"
 #include "eval/eval_trace.h"

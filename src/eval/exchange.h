@@ -2,7 +2,7 @@
 #pragma once
 
 #include "board/types.h"
-#include "eval/attack_map.h"
+#include "eval/outputs.h"
 
 namespace quelmar {
 

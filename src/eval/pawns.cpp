@@ -12,7 +12,6 @@
 
 #include "board/position.h"
 #include "board/square_tables.h"
-#include "eval/pawn_squares.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,7 +1,6 @@
 // Start-up in its fixed order, then one of three modes: benchmark, EPD test, or play under an interface.
 
 #include "platform/platform.h"
-#include "protocol/batch_modes.h"
 #include "protocol/command_line.h"
 #include "protocol/game_loop.h"
 #include "protocol/input.h"

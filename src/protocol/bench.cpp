@@ -1,7 +1,6 @@
 #include "protocol/bench.h"
 
 #include "board/position.h"
-#include "protocol/fresh_search.h"
 #include "protocol/game.h"
 #include "protocol/move_text.h"
 #include "protocol/output.h"

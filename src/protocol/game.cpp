@@ -3,6 +3,8 @@
 #include "board/generate.h"
 #include "board/make_move.h"
 #include "board/position.h"
+#include "eval/outputs.h"
+#include "eval/pawns.h"
 #include "protocol/game_clock.h"
 #include "protocol/protocol_state.h"
 #include "protocol/thinking.h"
@@ -10,6 +12,7 @@
 #include "search/search_control.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
+#include "search/transposition.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -136,6 +139,26 @@ Side side_to_play() {
         return position.side_to_move;
     // A ponder search starts behind the move that the opponent has not played yet.
     return search_control.ponder_state == Pondering::YES ? other_side(root_side()) : root_side();
+}
+
+void forget_all_searches() {
+    tt_clear();
+    tt_generation = 0;
+    forget_pawn_structures();
+    search_state = SearchState{};
+    ply_outputs = {};
+}
+
+SilentSearch::SilentSearch() {
+    search_reports = SearchReports{};
+    search_reports.poll_input = before_.poll_input;
+    search_reports.wait_for_input = before_.wait_for_input;
+}
+
+GameKept::~GameKept() {
+    position = *game_;
+    forget_all_searches();
+    reset_search();
 }
 
 }  // namespace quelmar

@@ -1,9 +1,12 @@
 // What the front ends do to the game itself.
 #pragma once
 
+#include "board/position.h"
 #include "board/setup.h"
 #include "board/types.h"
+#include "search/search_reports.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -48,5 +51,35 @@ std::optional<std::string> take_pending_command();
 
 // The side to move in the game, also in the middle of a search.
 Side side_to_play();
+
+// Searches beside the game: as in a fresh process, without a word, and with the game put back afterwards.
+
+// All that searches leave behind is gone, as in a process that has just started: hash table, pawn structures,
+// killers, scores.
+void forget_all_searches();
+
+// While it lives searches report nothing, but look at the input as before.
+class SilentSearch {
+public:
+    SilentSearch();
+    ~SilentSearch() { search_reports = before_; }
+    SilentSearch(const SilentSearch&) = delete;
+    SilentSearch& operator=(const SilentSearch&) = delete;
+
+private:
+    SearchReports before_ = search_reports;
+};
+
+// Puts the position with its history back at the end of its life, and forgets what was searched since.
+class GameKept {
+public:
+    GameKept() : game_(std::make_unique<const Position>(position)) {}
+    ~GameKept();
+    GameKept(const GameKept&) = delete;
+    GameKept& operator=(const GameKept&) = delete;
+
+private:
+    std::unique_ptr<const Position> game_;
+};
 
 }  // namespace quelmar

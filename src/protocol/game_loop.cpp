@@ -21,7 +21,6 @@
 #include "protocol/thinking.h"
 #include "protocol/xboard.h"
 #include "search/search_control.h"
-#include "search/search_settings.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
 

@@ -1,4 +1,4 @@
-// Squares and moves as text, and moves read back from it.
+// Squares and moves as text: in coordinates, which are read back as well, and in SAN.
 #pragma once
 
 #include "board/types.h"
@@ -35,5 +35,10 @@ const Move* find_root_move(std::string_view text);
 // Copies the move that `text` names in root_moves to protocol_state.user_move and returns true. Otherwise
 // prints the legal moves, the board and the key.
 bool parse_move(std::string_view text);
+
+// The move of the current position in Standard Algebraic Notation without check marks. A move of a piece that
+// is not legal there gives "*"; pawn moves and castlings are taken at their word. Overwrites the move list of
+// the current search ply.
+std::string san_text(const Move& move);
 
 }  // namespace quelmar

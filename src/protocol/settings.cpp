@@ -1,11 +1,18 @@
 #include "protocol/settings.h"
 
 #include "eval/evaluate.h"
+#include "platform/platform.h"
 #include "protocol/protocol_state.h"
 #include "protocol/text_values.h"
-#include "search/search_settings.h"
+#include "search/search_control.h"
 #include "search/transposition.h"
 #include "tablebase/probe.h"
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
 
 namespace quelmar {
 
@@ -42,6 +49,128 @@ void choose_style_named(std::string_view name) {
 void set_number(int& setting, std::string_view value) {
     if (const auto read = read_number(value))
         setting = *read;
+}
+
+// "quelmar.ini": one key and its value per line, ";" begins a comment.
+//
+// A key matches every line that begins with it ("hashsize 8" is a `hash` line), so the order of the rows
+// decides: all that begins with r or R and is not `resign` is an `R` line. The value begins a fixed number of
+// characters after the start of the key. Where that is the length of the key the value must follow after
+// space; where it is one more, any one character separates them ("selectivity=8").
+
+namespace {
+
+constexpr char FILE_NAME[] = "quelmar.ini";
+constexpr int LINE_BUFFER = 80;  // bytes, NUL included; what is longer reads as several lines
+
+using Reader = void (*)(std::string_view value, int* setting);
+
+struct Key {
+    std::string_view name;
+    std::size_t value_at;  // characters from the start of the key
+    Reader read;
+    int* setting = nullptr;  // of the general readers
+};
+
+void number(std::string_view value, int* setting) {
+    set_number(*setting, value);
+}
+
+void off_if_n(std::string_view value, int* setting) {
+    *setting = value.starts_with('n') ? 0 : 1;
+}
+
+void on_if_y(std::string_view value, int* setting) {
+    *setting = value.starts_with('y') ? 1 : 0;
+}
+
+void style(std::string_view value, int*) {
+    choose_style_named(value);
+}
+
+void null_move(std::string_view value, int*) {
+    if (value.starts_with('n'))
+        search_settings.null_reduction = search_settings.null_reduction_endgame = 0;
+}
+
+void tablebase_path(std::string_view value, int*) {
+    settings.tb_path = without_line_end(value).substr(0, TB_PATH_MAX);
+}
+
+void piece_letters(std::string_view value, int*) {
+    settings.piece_letters = value.substr(0, PIECE_LETTERS_MAX);
+}
+
+// clang-format off
+constexpr Key KEYS[] = {
+    {"hash",             4, number, &settings.hash_mb},
+    {"fritz-hash",      10, number, &settings.fritz_hash_mb},
+    {"grain-size",      10, number, &search_settings.grain_size},
+    {"resign",           7, off_if_n, &settings.resign_enabled},
+    {"ownbook-default", 16, on_if_y, &settings.own_book_default},
+    {"tbook",            6, on_if_y, &settings.tbook},
+    {"style",            5, style},
+    {"selectivity",     12, number, &search_settings.selectivity},
+    {"qsearch-checks",  15, off_if_n, &search_settings.qsearch_checks},
+    {"R",                1, number, &search_settings.null_reduction},
+    {"nullmove",         9, null_move},
+    {"bm-exts",          8, off_if_n, &search_settings.bm_exts},
+    {"iid",              4, off_if_n, &search_settings.iid},
+    {"tbpath",           7, tablebase_path},
+    {"tbcache",          8, number, &settings.tb_cache_mb},
+    {"white-score",     12, off_if_n, &settings.white_score},
+    {"piece-letters",   14, piece_letters},
+    {"san",              4, off_if_n, &settings.san_output},
+};
+// clang-format on
+
+}  // namespace
+
+bool apply_config_line(std::string_view line) {
+    line = skip_space(line);
+    if (line.starts_with(';'))
+        return false;
+    for (const Key& key : KEYS) {
+        if (begins_with_ignoring_case(line, key.name)) {
+            key.read(skip_space(text_from(line, key.value_at)), key.setting);
+            return true;
+        }
+    }
+    return false;
+}
+
+namespace {
+
+bool read_file(const std::string& path) {
+    const platform::FileHandle file{std::fopen(path.c_str(), "r")};
+    if (!file)
+        return false;
+    Table<char, LINE_BUFFER> line;
+    // A line that begins with a NUL byte is no text: the rest of such a file is not worth reading.
+    while (std::fgets(line.data(), LINE_BUFFER, file.get()) && line[0] != '\0')
+        apply_config_line(line.data());
+    return true;
+}
+
+// Empty when the system names none.
+std::filesystem::path users_config_folder() {
+    const char* const config = std::getenv("XDG_CONFIG_HOME");
+    if (config != nullptr && std::filesystem::path(config).is_absolute())
+        return config;
+    const char* const home = std::getenv("HOME");
+    return home != nullptr && *home != '\0' ? std::filesystem::path(home) / ".config"
+                                            : std::filesystem::path{};
+}
+
+}  // namespace
+
+bool read_config_file() {
+    return read_file(FILE_NAME);
+}
+
+bool read_users_config_file() {
+    const std::filesystem::path folder = users_config_folder();
+    return !folder.empty() && read_file((folder / "quelmar" / FILE_NAME).string());
 }
 
 }  // namespace quelmar

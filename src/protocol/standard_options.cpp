@@ -8,7 +8,7 @@
 #include "protocol/settings.h"
 #include "protocol/strength.h"
 #include "protocol/text_values.h"
-#include "search/search_settings.h"
+#include "search/search_control.h"
 #include "search/transposition.h"
 #include "tablebase/probe.h"
 #include "tablebase/registry.h"

@@ -1,8 +1,6 @@
 #include "protocol/standard_uci.h"
 
 #include "protocol/bench.h"
-#include "protocol/command_table.h"
-#include "protocol/fresh_search.h"
 #include "protocol/game.h"
 #include "protocol/input.h"
 #include "protocol/move_text.h"
@@ -10,7 +8,6 @@
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
 #include "protocol/standard_go.h"
-#include "protocol/standard_lines.h"
 #include "protocol/standard_options.h"
 #include "protocol/tester_commands.h"
 #include "protocol/text_values.h"

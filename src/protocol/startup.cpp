@@ -3,7 +3,6 @@
 #include "board/hash_keys.h"
 #include "board/processor.h"
 #include "eval/exchange.h"
-#include "protocol/config_file.h"
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
 #include "protocol/input.h"

@@ -1,20 +1,17 @@
 #include "protocol/tester_commands.h"
 
 #include "board/attacks.h"
-#include "board/diagram.h"
 #include "board/generate.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/perft.h"
 #include "board/position.h"
 #include "board/setup.h"
-#include "protocol/eval_table.h"
+#include "eval/eval_trace.h"
 #include "protocol/input.h"
 #include "protocol/move_text.h"
 #include "protocol/output.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
-#include "protocol/root_view.h"
 #include "protocol/text_values.h"
 #include "search/search_control.h"
 
@@ -42,8 +39,8 @@ bool attacks_along(Square king, Square square, int step) {
     const Side them = other_side(side_of(position.at(king)));
     if (is_man_of(them, QUEEN, square) || is_man_of(them, is_diagonal(step) ? BISHOP : ROOK, square))
         return true;
-    const bool comes_from_ahead =
-        (step > 0) == (them == BLACK);  // seen from the king, as his enemy's pawns do
+    // Seen from the king, as his enemy's pawns do.
+    const bool comes_from_ahead = (step > 0) == (them == BLACK);
     return square == king + step && is_diagonal(step) && comes_from_ahead && is_man_of(them, PAWN, square);
 }
 
@@ -130,6 +127,40 @@ void count_games(std::string_view arguments) {
         tell("stopped before the end");
     else
         print("\nNodes searched: %" PRIu64 "\n", games);
+}
+
+namespace {
+
+void print_row(const EvalTrace::Row& row) {
+    print("%-20s %7d %7d %8d %7d %8d %7d\n", row.term, row.white.mg, row.white.eg, row.black.mg, row.black.eg,
+          row.balance.mg, row.balance.eg);
+}
+
+void print_trace(const EvalTrace& trace) {
+    print("%-20s %15s %16s %16s\n", "term", "White  mg     eg", "Black  mg     eg", "balance mg    eg");
+    for (const EvalTrace::Row& row : trace.rows)
+        print_row(row);
+    if (trace.recognised) {
+        print("a known ending with a score of its own: the terms do not count\n");
+        return;
+    }
+    print("totals for the side to move: middlegame %d, endgame %d, blended %d\n", trace.mg, trace.eg,
+          trace.blended);
+    for (const Side side : {WHITE, BLACK}) {
+        const char* name = side == WHITE ? "White" : "Black";
+        if (trace.scale_shift[side] != 0)
+            print("a score for %s is divided by %d\n", name, 1 << trace.scale_shift[side]);
+        if (trace.cannot_win[side])
+            print("%s cannot win\n", name);
+    }
+}
+
+}  // namespace
+
+void print_evaluation() {
+    const EvalTrace trace = trace_evaluation();
+    print_trace(trace);
+    print("score for %s to move: %d\n", position.side_to_move == WHITE ? "White" : "Black", trace.score);
 }
 
 }  // namespace quelmar

@@ -16,4 +16,9 @@ void show_evaluation();
 // but a depth from 1 to 60 is told.
 void count_games(std::string_view arguments);
 
+// Prints one row per term, in 128ths of a pawn for middlegame and endgame, as White and Black have it and as
+// White's balance; then the totals and the score, which are the side to move's. Needs a usable position,
+// which is evaluated.
+void print_evaluation();
+
 }  // namespace quelmar

@@ -1,9 +1,10 @@
-// Numbers and words out of protocol and settings text.
+// Words out of protocol and settings text: numbers, and commands.
 #pragma once
 
 #include "board/types.h"
 
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace quelmar {
@@ -39,6 +40,31 @@ std::string_view take_word(std::string_view& text);
 
 inline std::optional<i32> read_number(std::string_view text) {
     return take_number(text);
+}
+
+// Command words as rows. The first row whose word begins the line wins, so the order of a table is behaviour.
+
+// When a command acts that arrives in the middle of a search. What changes the position, the table or the
+// settings, or searches itself, has to wait.
+enum class Meanwhile { AT_ONCE, AFTER_SEARCH };
+
+struct Command {
+    std::string_view word;
+    std::size_t arguments_at;  // characters from the start of the line
+    Meanwhile during_search;
+    void (*run)(std::string_view arguments);
+    const char* help = "";  // a line for people, where a protocol has a command that shows it
+
+    void run_with(std::string_view line) const { run(text_from(line, arguments_at)); }
+};
+
+// The row for a line, nullptr when it is no command.
+inline const Command* find_command(std::span<const Command> table, std::string_view line) {
+    for (const Command& command : table) {
+        if (line.starts_with(command.word))
+            return &command;
+    }
+    return nullptr;
 }
 
 }  // namespace quelmar

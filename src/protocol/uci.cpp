@@ -1,7 +1,6 @@
 #include "protocol/uci.h"
 
 #include "board/position.h"
-#include "protocol/command_table.h"
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
 #include "protocol/input.h"

@@ -6,7 +6,7 @@
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
-#include "search/search_settings.h"
+#include "search/search_control.h"
 
 #include <cstdio>
 

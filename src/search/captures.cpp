@@ -3,8 +3,8 @@
 #include "board/generate_core.h"
 #include "board/reach.h"
 #include "board/square_tables.h"
-#include "eval/attack_map.h"
 #include "eval/exchange.h"
+#include "eval/outputs.h"
 
 namespace quelmar {
 

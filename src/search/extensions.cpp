@@ -4,8 +4,7 @@
 #include "board/square_tables.h"
 #include "eval/exchange.h"
 #include "eval/outputs.h"
-#include "search/path.h"
-#include "search/search_settings.h"
+#include "search/search_control.h"
 #include "search/search_state.h"
 
 #include <algorithm>

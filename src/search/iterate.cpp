@@ -3,7 +3,6 @@
 // following ones walk up or down from the answer in growing steps until the two bounds meet. The
 // transposition table makes the repetitions cheap.
 #include "board/generate.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "search/principal_variation.h"
 #include "search/root_lines.h"
@@ -12,7 +11,6 @@
 #include "search/search_control.h"
 #include "search/search_limits.h"
 #include "search/search_reports.h"
-#include "search/search_settings.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
 #include "search/transposition.h"

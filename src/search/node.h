@@ -6,7 +6,6 @@
 #include "board/square_tables.h"
 #include "eval/outputs.h"
 #include "search/extensions.h"
-#include "search/path.h"
 #include "search/score.h"
 #include "search/search_state.h"
 #include "search/transposition.h"

@@ -1,10 +1,8 @@
 #include "search/ordering.h"
 
-#include "board/move_list.h"
 #include "board/position.h"
 #include "board/processor.h"
 #include "eval/exchange.h"
-#include "search/path.h"
 #include "search/search_state.h"
 
 #include <algorithm>

@@ -1,10 +1,11 @@
-// Lines of play read back from the transposition table.
+// Lines of play: read back from the transposition table, played and taken back.
 #pragma once
 
 #include "board/position.h"
 #include "board/types.h"
 
 #include <span>
+#include <vector>
 
 namespace quelmar {
 
@@ -31,5 +32,39 @@ void read_principal_variation();
 
 // A legal move that the search may play and that does not take the king, empty when there is none.
 Move first_playable_move();
+
+// Plays a line from the current position and takes it back when it goes out of scope. The line may be longer
+// than a search is deep: while a player lives every position of it counts as a root, so search_ply is 0. Only
+// for lines that nobody searches from. Overwrites the first two move lists.
+class LinePlayer {
+public:
+    LinePlayer();
+    ~LinePlayer();
+    LinePlayer(const LinePlayer&) = delete;
+    LinePlayer& operator=(const LinePlayer&) = delete;
+
+    void play(const Move& move);  // a legal move; there must be room
+    void take_back();             // the last one
+    void take_back_to(std::size_t length);
+    const std::vector<Move>& moves() const { return moves_; }
+    bool has_room() const;  // on the position stack and in a variation
+
+private:
+    PieceOrderGuard order_;
+    int search_ply_then_ = position.search_ply;
+    std::vector<Move> moves_;
+};
+
+// The legal moves of the current position, without captures of the king.
+std::vector<Move> legal_moves();
+
+bool is_checkmate();
+
+// Whether a referee would call the current position drawn: hundredth ply, third occurrence, bare material. A
+// checkmate on the hundredth ply is none.
+bool is_drawn_by_rules();
+
+// Whether the current position has stood on the board before, as far back as a repetition can reach.
+bool is_repetition();
 
 }  // namespace quelmar

@@ -2,7 +2,7 @@
 // tables know.
 #pragma once
 
-#include "search/line_player.h"
+#include "search/principal_variation.h"
 #include "search/score.h"
 
 #include <optional>

@@ -1,7 +1,6 @@
 #include "search/search_limits.h"
 
 #include "board/generate.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "search/search_control.h"
 #include "search/search_state.h"

@@ -1,7 +1,9 @@
 // Everything the search remembers between nodes, in one place.
 #pragma once
 
+#include "board/position.h"
 #include "board/types.h"
+#include "eval/outputs.h"
 #include "search/score.h"
 
 namespace quelmar {
@@ -44,8 +46,8 @@ struct SearchState {
     int history_shift = 0;  // history counters are read shifted right by this
     bool timed = true;      // false with a fixed depth: time never ends the search
     i32 target_time = 0, max_time = 0, start_time = 0, last_status_time = 0;  // milliseconds
-    i32 budget_start =
-        0;  // where target_time and max_time count from: start_time, or the hit of a ponder search
+    // Where target_time and max_time count from: start_time, or the hit of a ponder search.
+    i32 budget_start = 0;
     int root_moves_searched = 0, root_legal_moves = 0;
     Move current_root_move;  // being searched
     Move root_best_move;     // last that failed high at the root of this search; empty when from = 0
@@ -75,5 +77,44 @@ void setup_search_constants();
 // Whether the running search has to unwind. The first iteration completes whatever is asked, so that every
 // search has a move to play.
 bool stop_wanted();
+
+// The moves that led to the current node, as the rules of the search see them. A null move, or no move at
+// all, captures nothing, promotes nothing, checks nobody and goes nowhere: it reads as an empty move,
+// whatever the stack entry still holds.
+
+inline constexpr Move NO_MOVE{};
+
+// The opponent's last move.
+inline const Move& move_before() {
+    if (position.game_ply < 1)
+        return NO_MOVE;
+    const Move& move = position.back(1).move;
+    return move.from != 0 ? move : NO_MOVE;
+}
+
+// The last move of the side to move, two plies back.
+inline const Move& own_move_before() {
+    if (position.game_ply < 2)
+        return NO_MOVE;
+    const Move& move = position.back(2).move;
+    return move.from != 0 ? move : NO_MOVE;
+}
+
+// Whether the side to move can take the king, so that the move before was illegal. evaluate() must have seen
+// the position.
+inline bool is_enemy_king_en_prise() {
+    const Side us = position.side_to_move;
+    return contains(attacks_of(us).attacked, position.king_square(other_side(us)));
+}
+
+// Whether the king of `side` stands `by` or more units worse than at the previous ply. Danger is 0 or
+// negative.
+inline bool king_cover_lost(Side side, int by) {
+    const int ply = position.search_ply;
+    if (ply == 0)
+        return false;
+    const int colour = side;
+    return outputs_at(ply - 1).ply_king_danger[colour] - outputs_at(ply).ply_king_danger[colour] >= by;
+}
 
 }  // namespace quelmar

@@ -9,7 +9,6 @@
 #include "search/transposition.h"
 
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "platform/platform.h"
 

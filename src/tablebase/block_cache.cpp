@@ -21,8 +21,8 @@ struct CacheEntry {
 };
 
 constexpr std::size_t SMALLEST_CACHE = 32, HEADER_AREA = 32;
-constexpr std::size_t DATA_AREA =
-    CACHE_ENTRY_SIZE - HEADER_AREA;  // a block, and room a decoder may spill into
+// A block, and room a decoder may spill into.
+constexpr std::size_t DATA_AREA = CACHE_ENTRY_SIZE - HEADER_AREA;
 static_assert(sizeof(CacheEntry) <= HEADER_AREA && DATA_AREA >= TABLE_BLOCK_SIZE);
 
 struct Cache {

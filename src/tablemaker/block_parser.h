@@ -1,12 +1,21 @@
 // Cuts a block into literals and matches at the least cost in bits.
 #pragma once
 
-#include "tablemaker/match_distances.h"
+#include "tablebase/compressed_file.h"
+#include "tablemaker/workers.h"
 
 #include <span>
 #include <vector>
 
 namespace quelmar::tablemaker {
+
+inline constexpr unsigned BLOCK_BITS = 13;  // the only size that readers take
+inline constexpr std::size_t BLOCK_SIZE = std::size_t{1} << BLOCK_BITS;
+// The 24 distances at which a compressed table may repeat itself.
+using Distances = std::array<u16, DISTANCE_COUNT>;  // each 1..BLOCK_SIZE - 1, no two equal
+
+// Distances that together cover a sample of the table's blocks best.
+Distances choose_distances(std::span<const u8> table, const Workers& workers);
 
 // How a match length is told: its length code and the extra bits that follow the symbol.
 struct LengthCode {

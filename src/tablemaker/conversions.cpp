@@ -2,7 +2,7 @@
 
 #include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
-#include "tablemaker/moves.h"
+#include "tablemaker/men.h"
 #include "tablemaker/values.h"
 
 #include <algorithm>
@@ -69,7 +69,7 @@ std::vector<int> Conversions::endings_below(const Men& men) {
 
 Conversions::Conversions(TableStore& store, const Men& men) : men_(men) {
     for_each_change(men, [&](std::size_t victim, std::size_t promoter, Piece promotion) {
-        Result& result = results_[victim][promoter][static_cast<std::size_t>(promotion)];
+        Result& result = results_[victim][promoter][promotion];
         result.men = men_after(men, victim, promoter, promotion);
         result.values = std::make_unique<EndingValues>(store, result.men);
     });
@@ -77,7 +77,7 @@ Conversions::Conversions(TableStore& store, const Men& men) : men_(men) {
 
 u8 Conversions::value_of(const Squares& squares, Side side, const Conversion& move) const {
     const std::size_t promoter = move.promotion == EMPTY ? NOBODY : move.mover;
-    const Result& result = results_[move.victim][promoter][static_cast<std::size_t>(move.promotion)];
+    const Result& result = results_[move.victim][promoter][move.promotion];
     Squares to = squares;
     to[move.mover] = static_cast<u8>(move.to);
     if (move.victim != NOBODY)

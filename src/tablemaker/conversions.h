@@ -45,7 +45,7 @@ private:
 
     Men men_;
     // By captured man, promoting man and kind of promotion.
-    std::array<std::array<std::array<Result, KING>, MAX_MEN>, MAX_MEN> results_;
+    std::array<std::array<Table<Result, KING>, MAX_MEN>, MAX_MEN> results_;
 };
 
 }  // namespace quelmar::tablemaker

@@ -60,4 +60,64 @@ constexpr int relative_rank(Side side, int square) {
     return side == WHITE ? square / 8 : 7 - square / 8;
 }
 
+// Moves that stay within an ending, forwards and backwards, as sets of squares.
+
+// Where a man can go without capturing or promoting; checks are not looked at.
+inline SquareSet quiet_targets(Man man, int square, SquareSet occupied) {
+    if (man.kind != PAWN)
+        return attacks(man.kind, square, occupied) & ~occupied;
+    const int step = forward(man.side), rank = relative_rank(man.side, square);
+    if (rank == 6 || (occupied & bit(square + step)) != 0)
+        return 0;
+    SquareSet set = bit(square + step);
+    if (rank == 1)
+        set |= bit(square + 2 * step) & ~occupied;
+    return set;
+}
+
+// Where the man can have come from by such a move.
+inline SquareSet retreat_squares(Man man, int square, SquareSet occupied) {
+    if (man.kind != PAWN)
+        return attacks(man.kind, square, occupied) & ~occupied;
+    const int step = forward(man.side), rank = relative_rank(man.side, square);
+    if (rank == 1 || (occupied & bit(square - step)) != 0)
+        return 0;
+    SquareSet set = bit(square - step);
+    if (rank == 3)
+        set |= bit(square - 2 * step) & ~occupied;
+    return set;
+}
+
+// Pawns that could capture a pawn of `pusher` en passant on `passed`: a set of squares.
+inline SquareSet en_passant_capturers(const Men& men, const Squares& squares, Side pusher, int passed) {
+    SquareSet pawns = 0;
+    for (std::size_t i = 2; i < men.count; ++i)
+        if (men.man[i] == Man{other_side(pusher), PAWN})
+            pawns |= bit(squares[i]);
+    return pawn_attacks(pusher, passed) & pawns;
+}
+
+// Whether going from `from` to `to` lets the other side capture en passant. Such a position is not the same
+// as the one in which the pawn has stood there before.
+inline bool opens_en_passant(const Men& men, const Squares& squares, std::size_t i, int from, int to) {
+    return men.man[i].kind == PAWN && (to - from == 16 || from - to == 16) &&
+           en_passant_capturers(men, squares, men.man[i].side, (from + to) / 2) != 0;
+}
+
+// Calls f(square) for every square of a pawn that may just have made its double step and could be captured en
+// passant by `side`, which is to move.
+template <typename F>
+void for_each_en_passant(const Men& men, const Squares& squares, Side side, const F& f) {
+    const SquareSet occupied = occupied_squares(men, squares);
+    const Side pusher = other_side(side);
+    for (std::size_t i = 2; i < men.count; ++i) {
+        if (men.man[i] != Man{pusher, PAWN} || relative_rank(pusher, squares[i]) != 3)
+            continue;
+        const int passed = squares[i] - forward(pusher), start = passed - forward(pusher);
+        if ((occupied & (bit(passed) | bit(start))) == 0 &&
+            en_passant_capturers(men, squares, pusher, passed) != 0)
+            f(static_cast<int>(squares[i]));
+    }
+}
+
 }  // namespace quelmar::tablemaker

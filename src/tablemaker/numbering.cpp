@@ -13,13 +13,13 @@ constexpr int transposed(int square) {
 }
 
 constexpr auto TURNED = [] {
-    std::array<std::array<u8, 64>, TURNS> table{};
+    Table<Table<u8, 64>, TURNS> table{};
     for (int turn = 0; turn < TURNS; ++turn)
         for (int square = 0; square < 64; ++square) {
             int to = square ^ ((turn & FLIP_FILES) != 0 ? 7 : 0) ^ ((turn & FLIP_RANKS) != 0 ? 56 : 0);
             if ((turn & TRANSPOSE) != 0)
                 to = transposed(to);
-            table[static_cast<std::size_t>(turn)][static_cast<std::size_t>(square)] = static_cast<u8>(to);
+            table[turn][square] = static_cast<u8>(to);
         }
     return table;
 }();
@@ -65,22 +65,19 @@ void Numbering::number_king_pairs() {
         for (int black_king = 0; black_king < 64; ++black_king) {
             if (!kings_apart(white_king, black_king) || !canonical(white_king, black_king))
                 continue;
-            pair_of_[static_cast<std::size_t>(white_king)][static_cast<std::size_t>(black_king)].pair =
-                static_cast<u16>(kings_.size());
+            pair_of_[white_king][black_king].pair = static_cast<u16>(kings_.size());
             kings_.push_back({static_cast<u8>(white_king), static_cast<u8>(black_king)});
         }
 }
 
 void Numbering::find_turns() {
-    for (std::size_t white_king = 0; white_king < 64; ++white_king)
-        for (std::size_t black_king = 0; black_king < 64; ++black_king) {
+    for (int white_king = 0; white_king < 64; ++white_king)
+        for (int black_king = 0; black_king < 64; ++black_king) {
             KingPair& entry = pair_of_[white_king][black_king];
             for (u8 turn = 1; turn < (pawns_ ? FLIP_FILES + 1 : TURNS) && entry.pair == NO_PAIR; ++turn) {
                 const int white_to = TURNED[turn][white_king], black_to = TURNED[turn][black_king];
                 if (canonical(white_to, black_to))
-                    entry = {
-                        pair_of_[static_cast<std::size_t>(white_to)][static_cast<std::size_t>(black_to)].pair,
-                        turn};
+                    entry = {pair_of_[white_to][black_to].pair, turn};
             }
         }
 }

@@ -58,7 +58,7 @@ private:
     std::array<u8, MAX_MEN> first_square_{};
     std::array<bool, MAX_MEN> same_as_before_{}, has_twin_{};
     std::vector<std::array<u8, 2>> kings_;  // of each pair
-    std::array<std::array<KingPair, 64>, 64> pair_of_{};
+    Table<Table<KingPair, 64>, 64> pair_of_{};
 };
 
 }  // namespace quelmar::tablemaker

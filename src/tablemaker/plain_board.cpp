@@ -58,7 +58,7 @@ bool attacked(const Board& board, int square, Side by) {
 }
 
 bool king_attacked(const Board& board, Side side) {
-    return attacked(board, board.king[static_cast<std::size_t>(side)], other_side(side));
+    return attacked(board, board.king[side], other_side(side));
 }
 
 Board played(const Board& board, int from, int to, Piece becomes) {

@@ -10,8 +10,8 @@ namespace quelmar::tablemaker {
 
 // Men by square, a plain board without any cleverness.
 struct Board {
-    std::array<u8, 64> piece{};  // EMPTY or a man
-    std::array<int, 2> king{};
+    Table<u8, 64> piece{};  // EMPTY or a man
+    Table<int, 2> king{};
     Side to_move = WHITE;
     int ep_square = NO_EP_SQUARE;
 };
@@ -27,14 +27,14 @@ inline int step(int square, Direction by) {
 }
 
 inline Piece at(const Board& board, int square) {
-    return board.piece[static_cast<std::size_t>(square)];
+    return board.piece[square];
 }
 
 // Puts a man, or EMPTY, on a square.
 inline void put(Board& board, int square, Piece man) {
-    board.piece[static_cast<std::size_t>(square)] = static_cast<u8>(man);
+    board.piece[square] = static_cast<u8>(man);
     if (man != EMPTY && kind_of(man) == KING)
-        board.king[static_cast<std::size_t>(side_of(man))] = square;
+        board.king[side_of(man)] = square;
 }
 
 // The steps of a kind KNIGHT..KING.

@@ -2,11 +2,36 @@
 // gets the all-zero code. A code with a single symbol gives it length 1 on paper and no bits in the stream.
 #pragma once
 
-#include "tablemaker/bit_writer.h"
+#include "board/types.h"
 
 #include <span>
+#include <utility>
+#include <vector>
 
 namespace quelmar::tablemaker {
+
+// Writes bits, the most significant of each byte first.
+class BitWriter {
+public:
+    // The low `bits` bits of value, most significant first; bits 0..32.
+    void put(u32 value, int bits) {
+        pending_ = pending_ << bits | (value & ((u64{1} << bits) - 1));
+        for (pending_bits_ += bits; pending_bits_ >= 8; pending_bits_ -= 8)
+            bytes_.push_back(static_cast<u8>(pending_ >> (pending_bits_ - 8)));
+    }
+
+    // The bytes written so far; zeros fill the last one. Leaves the writer empty.
+    std::vector<u8> take() {
+        if (pending_bits_ > 0)
+            put(0, 8 - pending_bits_);
+        return std::exchange(bytes_, {});
+    }
+
+private:
+    std::vector<u8> bytes_;
+    u64 pending_ = 0;
+    int pending_bits_ = 0;
+};
 
 class PrefixCode {
 public:

@@ -2,7 +2,7 @@
 
 #include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
-#include "tablemaker/moves.h"
+#include "tablemaker/men.h"
 
 #include <algorithm>
 

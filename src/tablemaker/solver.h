@@ -63,8 +63,8 @@ private:
         const std::atomic<u8>& conversion;
     };
 
-    SideValues& at(Side side) { return sides_[static_cast<std::size_t>(side)]; }
-    const SideValues& at(Side side) const { return sides_[static_cast<std::size_t>(side)]; }
+    SideValues& at(Side side) { return sides_[side]; }
+    const SideValues& at(Side side) const { return sides_[side]; }
 
     void mark_illegal(Side side);
     void list_en_passant(Side side);
@@ -91,7 +91,7 @@ private:
     const Workers& workers_;
     Progress& progress_;
     bool pawns_face_;
-    std::array<SideValues, 2> sides_;
+    Table<SideValues, 2> sides_;
     std::atomic<int> longest_conversion_{0};
 };
 

@@ -29,7 +29,7 @@ std::span<const u8> TableStore::bytes(int number, Side side) {
         throw TablemakerError("no table of " + std::string(ending(number).name) + " in " +
                               directory_.string());
     std::vector<u8> content = read_table(*path);
-    if (content.size() != ending(number).entry_count[static_cast<std::size_t>(side)])
+    if (content.size() != ending(number).entry_count[side])
         throw TablemakerError(path->string() + ": wrong number of entries");
     return loaded_[{number, side}] = std::move(content);
 }
@@ -64,7 +64,7 @@ i8 EndingValues::byte(const Men& men, const Squares& squares, Side side, int ep_
     const Side table = side == first ? WHITE : BLACK;
     const u32 index = table_index(ending_, table, side_squares(men, squares, first),
                                   side_squares(men, squares, other_side(first)), ep_square, exchange ? 1 : 0);
-    const std::span<const u8> bytes = bytes_[static_cast<std::size_t>(table)];
+    const std::span<const u8> bytes = bytes_[table];
     if (index >= bytes.size())
         throw TablemakerError(ending_name(men, WHITE) + ": a legal position lies beyond its table");
     return static_cast<i8>(bytes[index]);

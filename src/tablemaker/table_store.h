@@ -46,7 +46,7 @@ public:
 private:
     int ending_ = 0;
     bool exchanged_ = false, symmetric_ = false;
-    std::array<std::span<const u8>, 2> bytes_{};
+    Table<std::span<const u8>, 2> bytes_{};
 };
 
 // Index of a position of the ending in its own file for `side` to move; `men` are those of ending_men().

@@ -36,7 +36,7 @@ public:
         Men men;
         Squares squares{};
         men.count = 2;
-        for (std::size_t square = 0; square < 64; ++square) {
+        for (int square = 0; square < 64; ++square) {
             const Piece man = board.piece[square];
             if (man == EMPTY)
                 continue;
@@ -172,7 +172,7 @@ void check_table_file(const std::filesystem::path& path) {
     if (!name)
         throw TablemakerError(path.string() + ": this is not the name of a table");
     const Ending& catalogued = ending(name->ending);
-    const u64 entries = catalogued.entry_count[static_cast<std::size_t>(name->side)];
+    const u64 entries = catalogued.entry_count[name->side];
     if (read_table(path).size() != entries * (catalogued.wide ? 2 : 1))
         throw TablemakerError(path.string() + ": wrong number of entries");
 }

@@ -3,7 +3,6 @@
 #include "board/consistency.h"
 #include "board/generate.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "board/setup.h"
 #include "eval/evaluate.h"
@@ -11,7 +10,6 @@
 #include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
-#include "protocol/san.h"
 #include "search/captures.h"
 #include "support/engine.h"
 

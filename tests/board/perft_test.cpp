@@ -6,7 +6,6 @@
 #include "board/generate.h"
 #include "board/hash_keys.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/perft.h"
 #include "board/position.h"
 #include "protocol/move_text.h"

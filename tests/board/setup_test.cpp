@@ -9,7 +9,6 @@
 #include "protocol/move_text.h"
 #include "protocol/protocol_state.h"
 #include "protocol/root_moves.h"
-#include "protocol/san.h"
 #include "protocol/settings.h"
 #include "support/engine.h"
 

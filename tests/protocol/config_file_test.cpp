@@ -1,9 +1,8 @@
 // The settings file as a file; what its lines set is asked with the UCI options.
 #include "eval/evaluate.h"
-#include "protocol/config_file.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
-#include "search/search_settings.h"
+#include "search/search_control.h"
 #include "support/engine.h"
 #include "support/temporary_directory.h"
 

@@ -1,5 +1,6 @@
 // Lines out of a pipe: halves, bursts, foreign line ends, the end.
-#include "protocol/line_reader.h"
+#include "platform/platform.h"
+#include "protocol/input.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -32,7 +33,7 @@ protected:
     }
     // Every line that is there now.
     std::vector<std::string> lines() {
-        reader_->take_in(LineReader::NO_WAIT);
+        reader_->take_in(platform::NO_WAIT);
         std::vector<std::string> all;
         for (std::string line; reader_->pop_line(line);)
             all.push_back(line);
@@ -69,9 +70,9 @@ TEST_F(LineReaderTest, LinesAreWholeAndEndInOneLineFeed) {
 TEST_F(LineReaderTest, TheEndFinishesALastLine) {
     write("quit");
     close_writer();
-    reader_->take_in(LineReader::FOREVER);
+    reader_->take_in(platform::FOREVER);
     EXPECT_FALSE(reader_->input_ended());
-    reader_->take_in(LineReader::FOREVER);
+    reader_->take_in(platform::FOREVER);
     EXPECT_TRUE(reader_->input_ended());
     EXPECT_FALSE(reader_->at_end());
     EXPECT_EQ(lines(), Lines{"quit\n"});
@@ -94,7 +95,7 @@ TEST_F(LineReaderTest, ALongLineKeepsItsBeginning) {
 
 TEST(LineReaderOnNothing, AClosedDescriptorIsTheEnd) {
     LineReader closed(1000);
-    closed.take_in(LineReader::FOREVER);
+    closed.take_in(platform::FOREVER);
     EXPECT_TRUE(closed.at_end());
 }
 

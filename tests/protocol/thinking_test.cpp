@@ -1,6 +1,5 @@
 #include "board/generate.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "board/setup.h"
 #include "protocol/move_text.h"
@@ -21,18 +20,18 @@ namespace quelmar {
 
 namespace {
 
-enum class Dialect { CONSOLE, XBOARD, UCI };
+enum class Form { CONSOLE, XBOARD, UCI };
 
-const std::map<std::string, Dialect> DIALECTS = {
-    {"console", Dialect::CONSOLE}, {"xboard", Dialect::XBOARD}, {"uci", Dialect::UCI}};
+const std::map<std::string, Form> FORMS = {
+    {"console", Form::CONSOLE}, {"xboard", Form::XBOARD}, {"uci", Form::UCI}};
 const std::map<std::string, LineKind> KINDS = {
     {"exact", LineKind::EXACT}, {"upper", LineKind::UPPER_BOUND}, {"lower", LineKind::LOWER_BOUND}};
 
 class ThinkingTest : public SearchTest {
 protected:
-    static void speak(Dialect dialect) {
-        protocol_state.xboard_mode = dialect == Dialect::XBOARD;
-        protocol_state.uci_mode = dialect == Dialect::UCI;
+    static void speak(Form form) {
+        protocol_state.xboard_mode = form == Form::XBOARD;
+        protocol_state.uci_mode = form == Form::UCI;
     }
     // Leaves the line of legal moves in search_state.pv.
     static void lay_out(const std::string& moves) {
@@ -48,8 +47,8 @@ protected:
         for (int i = search_state.pv_length; i > 0; --i)
             unmake_move(&search_state.pv[i - 1]);
     }
-    static std::string line(Dialect dialect, Score score, LineKind kind, i32 elapsed = 1234) {
-        speak(dialect);
+    static std::string line(Form form, Score score, LineKind kind, i32 elapsed = 1234) {
+        speak(form);
         return printed_by([&] { print_thinking_line(7, score, elapsed, 98765, kind); });
     }
     // Leaves a table entry with that move for the position reached by `moves`.
@@ -74,7 +73,7 @@ protected:
 };
 
 // tests/data/thinking.txt says how a line reads.
-TEST_F(ThinkingTest, LinesInThreeDialects) {
+TEST_F(ThinkingTest, LinesInThreeForms) {
     for (const Words& fields : data_rows("thinking.txt")) {
         ASSERT_EQ(fields.size(), 5U) << fields[0];
         set_up(START_FEN);
@@ -84,20 +83,19 @@ TEST_F(ThinkingTest, LinesInThreeDialects) {
         search_state.root_moves_searched = 3;
         search_state.sel_depth = 12;
         std::istringstream words(fields[2]);
-        std::string dialect, kind;
+        std::string form, kind;
         Score score = 0;
         i32 elapsed = 0;
-        words >> dialect >> kind >> score >> elapsed;
+        words >> form >> kind >> score >> elapsed;
         settings.white_score = settings.san_output = fields[2].ends_with("settings") ? 1 : 0;
-        EXPECT_EQ('"' + line(DIALECTS.at(dialect), score, KINDS.at(kind), elapsed) + '"',
-                  with_escapes(fields[3]))
+        EXPECT_EQ('"' + line(FORMS.at(form), score, KINDS.at(kind), elapsed) + '"', with_escapes(fields[3]))
             << fields[2] << ": " << fields[4];
     }
 }
 
 TEST_F(ThinkingTest, TheLastVariationOnTheConsoleIsWhispered) {
     lay_out("e2e4 f7f6 d2d4 g7g5 d1h5");
-    line(Dialect::CONSOLE, 0, LineKind::EXACT);
+    line(Form::CONSOLE, 0, LineKind::EXACT);
     EXPECT_EQ(printed_by(print_tellall), "tellall depth=0 nodes=0 score=0.00 PV: e4 f6 d4 g5 Qh5# \n");
     clear_last_pv_text();
     search_state.last_score = -29996;
@@ -110,8 +108,8 @@ TEST_F(ThinkingTest, XboardShowsThirtyMovesUciAll) {
         moves += "g1f3 g8f6 f3g1 f6g8 ";
     lay_out(moves);
     const auto words = [](const std::string& text) { return std::count(text.begin(), text.end(), ' '); };
-    EXPECT_EQ(words(line(Dialect::XBOARD, 0, LineKind::EXACT)), 4 + 30);
-    EXPECT_EQ(words(line(Dialect::UCI, 0, LineKind::EXACT)), 15 + 32);
+    EXPECT_EQ(words(line(Form::XBOARD, 0, LineKind::EXACT)), 4 + 30);
+    EXPECT_EQ(words(line(Form::UCI, 0, LineKind::EXACT)), 15 + 32);
 }
 
 TEST_F(ThinkingTest, PrintingLeavesTheOrderOfTheMenAlone) {
@@ -126,7 +124,7 @@ TEST_F(ThinkingTest, PrintingLeavesTheOrderOfTheMenAlone) {
     };
     const std::string before = order();
     lay_out("f7g6 f3f6 e7f6 O-O");
-    line(Dialect::CONSOLE, 0, LineKind::EXACT);
+    line(Form::CONSOLE, 0, LineKind::EXACT);
     store("f7g6", "f3f6");
     walked();
     EXPECT_EQ(order(), before);
@@ -154,7 +152,7 @@ TEST_F(ThinkingTest, TheWalkRefusesWhatIsNotLegal) {
 }
 
 TEST_F(ThinkingTest, StatusLines) {
-    speak(Dialect::UCI);
+    speak(Form::UCI);
     lay_out("e2e4");
     search_state.current_root_move = search_state.pv[0];
     search_state.root_moves_searched = 5;

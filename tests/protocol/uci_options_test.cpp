@@ -1,11 +1,10 @@
 // UCI options and lines of the settings file: what they change is said in tests/data/settings.txt; what is
 // announced and what is understood differ only where they should.
 #include "eval/evaluate.h"
-#include "protocol/config_file.h"
 #include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "protocol/uci_options.h"
-#include "search/search_settings.h"
+#include "search/search_control.h"
 #include "support/engine.h"
 
 #include <set>

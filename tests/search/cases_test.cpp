@@ -2,7 +2,6 @@
 #include "board/check_maps.h"
 #include "board/generate.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "eval/evaluate.h"
 #include "eval/exchange.h"
@@ -10,7 +9,7 @@
 #include "protocol/move_text.h"
 #include "search/extensions.h"
 #include "search/ordering.h"
-#include "search/search_settings.h"
+#include "search/search_control.h"
 #include "search/search_state.h"
 #include "support/searching.h"
 

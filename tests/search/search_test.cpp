@@ -4,7 +4,6 @@
 #include "protocol/move_text.h"
 #include "search/search.h"
 #include "search/search_control.h"
-#include "search/search_settings.h"
 #include "search/search_state.h"
 #include "search/time_control.h"
 #include "search/transposition.h"

@@ -2,7 +2,7 @@
 
 #include "board/hash_keys.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
+#include "board/position.h"
 #include "eval/exchange.h"
 #include "protocol/game.h"
 #include "protocol/game_clock.h"

@@ -1,7 +1,6 @@
 #include "support/searching.h"
 
 #include "board/generate.h"
-#include "board/move_list.h"
 #include "board/position.h"
 #include "eval/outputs.h"
 #include "protocol/move_text.h"

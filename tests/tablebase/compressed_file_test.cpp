@@ -1,7 +1,7 @@
 #include "support/block_packer.h"
 #include "support/engine.h"
 #include "tablebase/compressed_file.h"
-#include "tablemaker/bit_writer.h"
+#include "tablemaker/prefix_code.h"
 
 #include <algorithm>
 #include <gtest/gtest.h>

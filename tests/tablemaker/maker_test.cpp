@@ -2,7 +2,6 @@
 #include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
 #include "tablemaker/maker.h"
-#include "tablemaker/requirements.h"
 #include "tablemaker/table_file.h"
 #include "tablemaker/verify.h"
 

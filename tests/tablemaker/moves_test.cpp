@@ -1,9 +1,9 @@
 #include "board/generate.h"
 #include "board/make_move.h"
-#include "board/move_list.h"
+#include "board/position.h"
 #include "support/engine.h"
 #include "tablebase/catalogue.h"
-#include "tablemaker/moves.h"
+#include "tablemaker/men.h"
 #include "tablemaker/plain_board.h"
 
 #include <gtest/gtest.h>

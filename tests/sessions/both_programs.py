@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Both faces are one engine: the same searches, whatever is written differently.
+"""Both programs are one engine: the same searches, whatever is written differently.
 
-    faces.py QUELMAR QUELMAR-UCI
+    both_programs.py QUELMAR QUELMAR-UCI
 """
 
 import pathlib
@@ -14,7 +14,7 @@ from run_sessions import read_lines
 
 HASH_MB = 16
 
-SEARCHES = pathlib.Path(__file__).with_name("faces.rows")
+SEARCHES = pathlib.Path(__file__).with_name("both_programs.rows")
 RESULT = re.compile(r"^info depth (\d+) seldepth \d+ time \d+ nodes (\d+) .*?score (cp -?\d+|mate -?\d+)\b"
                     r"(?! \w+bound).* pv (\S+)")
 
@@ -39,7 +39,7 @@ def compare(first, second):
 
 
 def check_searches(programs):
-    """The first face starts afresh for every search, the second is told that a new game begins."""
+    """The first program starts afresh for every search, the second is told that a new game begins."""
     with Engine(programs[1]) as standard:
         standard.say("uci", "setoption name Hash value %d" % HASH_MB)
         standard.await_match("^uciok$")
