@@ -4,7 +4,6 @@
 #include "protocol/command_line.h"
 #include "protocol/game_loop.h"
 #include "protocol/input.h"
-#include "protocol/protocol_state.h"
 #include "protocol/startup.h"
 
 #include <algorithm>
@@ -59,7 +58,6 @@ int main(int argc, char** argv) {
     open_input(mode == Mode::PLAY ? EndOfInput::QUITS : EndOfInput::IS_IGNORED);
     switch (mode) {
     case Mode::BENCHMARK:
-        protocol_state.post_thinking = true;
         run_benchmark();
         return EXIT_SUCCESS;
     case Mode::EPD_TEST:

@@ -120,8 +120,6 @@ void run_epd_test(const char* file_name, std::string_view seconds_text) {
     time_control.kind = ClockKind::PER_MOVE;
     time_control.base_ms = clamp_to_i32(read_number(seconds_text).value_or(0) * MS_PER_SECOND);
     search_control.test_mode = true;
-    protocol_state.own_book = false;
-    protocol_state.post_thinking = true;
     std::printf("Time per move: %d\n", time_control.base_ms);
 
     std::FILE* file = std::fopen(file_name, "r");

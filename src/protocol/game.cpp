@@ -69,12 +69,9 @@ void new_game() {
     set_up_game(START_FEN);
     protocol_state.force_mode = false;
     search_control.analyze_mode = false;
-    protocol_state.own_book = true;
     assign_engine(BLACK);
-    protocol_state.post_thinking = true;
     protocol_state.ics_computer_opponent = false;
     protocol_state.clock_running = true;
-    protocol_state.random_mode = false;
     search_control.abort_search = false;
     search_control.ponder_state = Pondering::NO;
     protocol_state.ponder_move = {};

@@ -80,9 +80,8 @@ void off_if_n(std::string_view value, int* setting) {
     *setting = value.starts_with('n') ? 0 : 1;
 }
 
-void on_if_y(std::string_view value, int* setting) {
-    *setting = value.starts_with('y') ? 1 : 0;
-}
+// For books, which the engine does not have.
+void ignore(std::string_view, int*) {}
 
 void style(std::string_view value, int*) {
     choose_style_named(value);
@@ -107,8 +106,8 @@ constexpr Key KEYS[] = {
     {"fritz-hash",      10, number, &settings.fritz_hash_mb},
     {"grain-size",      10, number, &search_settings.grain_size},
     {"resign",           7, off_if_n, &settings.resign_enabled},
-    {"ownbook-default", 16, on_if_y, &settings.own_book_default},
-    {"tbook",            6, on_if_y, &settings.tbook},
+    {"ownbook-default", 16, ignore},
+    {"tbook",            6, ignore},
     {"style",            5, style},
     {"selectivity",     12, number, &search_settings.selectivity},
     {"qsearch-checks",  15, off_if_n, &search_settings.qsearch_checks},

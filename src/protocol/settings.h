@@ -18,8 +18,6 @@ struct EngineSettings {
     int resign_enabled = 0;
     int white_score = 0;  // thinking lines show White's point of view
     int san_output = 0;   // thinking lines show SAN
-    int own_book_default = 0;
-    int tbook = 0;
     int show_curr_line = 0;
     int show_refutations = 0;
     std::string piece_letters = "PNBRQK";  // pawn, knight, bishop, rook, queen, king; may be shorter or odd

@@ -3,7 +3,6 @@
 
 #include "protocol/uci_options.h"
 
-#include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
 #include "search/search_control.h"
@@ -76,9 +75,7 @@ void nalimov_path(std::string_view value, int*) {
     apply_table_path();
 }
 
-template <bool On> void own_book(std::string_view, int*) {
-    protocol_state.own_book = On;
-}
+void ignore(std::string_view, int*) {}
 
 void style(std::string_view value, int*) {
     choose_style_named(value);
@@ -96,8 +93,8 @@ constexpr Accepted ACCEPTED[] = {
     {"Hash value", hash},
     {"Selectivity value", number, &search_settings.selectivity},
     {"Style value", style},
-    {"OwnBook value true", own_book<true>},
-    {"OwnBook value false", own_book<false>},
+    {"OwnBook value true", ignore},
+    {"OwnBook value false", ignore},
     {"Checks in qsearch value true", on, &search_settings.qsearch_checks},
     {"Checks in qsearch value fals", off, &search_settings.qsearch_checks},
     {"Internal iterative deepening value true", on, &search_settings.iid},

@@ -58,7 +58,6 @@ void stop_pondering() {
 void switch_to_uci(std::string_view) {
     state.uci_debug = false;
     state.uci_mode = true;
-    state.own_book = settings.own_book_default != 0;
     settings.hash_mb = UCI_START_HASH_MB;
     apply_hash_size();
     settings.resign_enabled = 0;
@@ -108,20 +107,8 @@ void start_new_game(std::string_view) {
     new_game();
 }
 
-void post(std::string_view) {
-    state.post_thinking = true;
-}
-
-void no_post(std::string_view) {
-    state.post_thinking = false;
-}
-
 void quit(std::string_view) {
     std::exit(EXIT_SUCCESS);
-}
-
-void random(std::string_view) {
-    state.random_mode = !state.random_mode;
 }
 
 void force(std::string_view) {
@@ -131,7 +118,6 @@ void force(std::string_view) {
 
 void analyze(std::string_view) {
     search_control.analyze_mode = true;
-    state.own_book = false;
     leave_running_game();
 }
 
@@ -316,10 +302,10 @@ constexpr Command COMMANDS[] = {
     {"eval",      5, AT_ONCE,      eval},
     {"bench",     6, AFTER_SEARCH, bench},
     {"new",       4, AFTER_SEARCH, start_new_game},
-    {"post",      5, AT_ONCE,      post},
-    {"nopo",      5, AT_ONCE,      no_post},
+    {"post",      5, AT_ONCE,      ignore},
+    {"nopo",      5, AT_ONCE,      ignore},
     {"quit",      5, AT_ONCE,      quit},
-    {"random",    7, AT_ONCE,      random},
+    {"random",    7, AT_ONCE,      ignore},
     {"force",     6, AFTER_SEARCH, force},
     {"analyze",   8, AFTER_SEARCH, analyze},
     {".",         1, AT_ONCE,      analysis_status},

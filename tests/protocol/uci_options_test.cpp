@@ -1,7 +1,6 @@
 // UCI options and lines of the settings file: what they change is said in tests/data/settings.txt; what is
 // announced and what is understood differ only where they should.
 #include "eval/evaluate.h"
-#include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "protocol/uci_options.h"
 #include "search/search_control.h"
@@ -34,13 +33,10 @@ std::string changes() {
         {"iid", search_settings.iid, search_defaults.iid},
         {"white_score", settings.white_score, defaults.white_score},
         {"san_output", settings.san_output, defaults.san_output},
-        {"own_book_default", settings.own_book_default, defaults.own_book_default},
-        {"tbook", settings.tbook, defaults.tbook},
         {"grain_size", search_settings.grain_size, search_defaults.grain_size},
         {"show_curr_line", settings.show_curr_line, defaults.show_curr_line},
         {"show_refutations", settings.show_refutations, defaults.show_refutations},
         {"tb_cache_mb", settings.tb_cache_mb, defaults.tb_cache_mb},
-        {"own_book", protocol_state.own_book, 0},
     };
     std::string text;
     for (const auto& [name, value, usual] : NUMBERS)
@@ -57,7 +53,6 @@ TEST_F(UciOptions, AndLinesOfTheSettingsFileChangeWhatTheyShould) {
     for (const Words& fields : data_rows("settings.txt")) {
         ASSERT_EQ(fields.size(), 3U) << fields[0];
         reset_settings();
-        protocol_state.own_book = false;
         const std::string& lines = fields[0];
         for (std::size_t start = lines.find('"'); start != std::string::npos;) {
             const std::size_t end = lines.find('"', start + 1);
