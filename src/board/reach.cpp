@@ -33,7 +33,7 @@ consteval Table<LinesThrough, 64> lines_table() {
     Table<LinesThrough, 64> table;
     for (int i = 0; i < table.size(); ++i) {
         const Square square = square_of_index[i];
-        table[i] = {line(square, 17), line(square, 15)};
+        table[i] = {line(square, 17), line(square, 15), line(square, 17) | line(square, 15)};
     }
     return table;
 }
@@ -80,7 +80,87 @@ consteval Table<Table<SquareSet, 64>, 8> file_a_table() {
     return table;
 }
 
+#ifdef QUELMAR_HAS_MODERN_COPY
+
+// The squares of a line that do not end it, in either direction.
+consteval SquareSet inner_line(Square square, int step) {
+    SquareSet set = NO_SQUARES;
+    for (const int direction : {step, -step}) {
+        for (Square target = square + direction; is_playing_square(target + direction); target += direction)
+            set |= set_of(target);
+    }
+    return set;
+}
+
+consteval Table<InnerSquares, 64> inner_squares_table() {
+    Table<InnerSquares, 64> table;
+    int entries = 0;
+    for (int i = 0; i < table.size(); ++i) {
+        const Square square = square_of_index[i];
+        table[i] = {inner_line(square, 17) | inner_line(square, 15), inner_line(square, 16),
+                    inner_line(square, 1), entries};
+        entries += 1 << std::popcount(table[i].diagonals);
+    }
+    return table;
+}
+
+// `number` as the men on the squares of `inner`, its lowest bit first: the inverse of pext.
+consteval SquareSet men_of_number(int number, SquareSet inner) {
+    SquareSet men = NO_SQUARES;
+    for (const int index : indices_of(inner)) {
+        men |= static_cast<SquareSet>(number & 1) << index;
+        number >>= 1;
+    }
+    return men;
+}
+
+consteval SquareSet seen_among(Square square, int step, SquareSet men) {
+    SquareSet seen = NO_SQUARES;
+    for (const int direction : {step, -step}) {
+        for (Square target = square + direction; is_playing_square(target); target += direction) {
+            seen |= set_of(target);
+            if (contains(men, target))
+                break;
+        }
+    }
+    return seen;
+}
+
+consteval Table<SquareSet, DIAGONAL_ENTRIES> diagonals_table() {
+    Table<SquareSet, DIAGONAL_ENTRIES> table{};
+    const Table<InnerSquares, 64> squares = inner_squares_table();
+    int entry = 0;
+    for (int i = 0; i < 64; ++i) {
+        const SquareSet inner = squares[i].diagonals;
+        for (int number = 0; number < 1 << std::popcount(inner); ++number) {
+            const SquareSet men = men_of_number(number, inner);
+            table[entry++] =
+                seen_among(square_of_index[i], 17, men) | seen_among(square_of_index[i], 15, men);
+        }
+    }
+    return table;
+}
+
+consteval Table<Table<SquareSet, 64>, 64> seen_table(int step) {
+    Table<Table<SquareSet, 64>, 64> table{};
+    for (int i = 0; i < 64; ++i) {
+        const Square square = square_of_index[i];
+        const SquareSet inner = inner_line(square, step);
+        for (int number = 0; number < 1 << std::popcount(inner); ++number)
+            table[i][number] = seen_among(square, step, men_of_number(number, inner));
+    }
+    return table;
+}
+
+#endif
+
 }  // namespace
+
+#ifdef QUELMAR_HAS_MODERN_COPY
+constexpr Table<InnerSquares, 64> inner_squares = inner_squares_table();
+constexpr Table<SquareSet, DIAGONAL_ENTRIES> diagonals_seen = diagonals_table();
+constexpr Table<Table<SquareSet, 64>, 64> file_seen = seen_table(16), rank_seen = seen_table(1);
+#endif
 
 constexpr Table<LinesThrough, 64> lines_through = lines_table();
 constexpr Table<SquareSet, 64> knight_reach = steps_table(knight_offsets);

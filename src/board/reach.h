@@ -6,7 +6,12 @@
 // its share. A file is first turned into such a row of bits.
 #pragma once
 
+#include "board/processor.h"
 #include "board/square_set.h"
+
+#ifdef QUELMAR_HAS_MODERN_COPY
+#include <immintrin.h>
+#endif
 
 namespace quelmar {
 
@@ -14,6 +19,7 @@ namespace quelmar {
 struct LinesThrough {
     SquareSet diagonal = 0;      // as a1-h8
     SquareSet antidiagonal = 0;  // as a8-h1
+    SquareSet diagonals = 0;     // both
 };
 extern const Table<LinesThrough, 64> lines_through;
 
@@ -62,5 +68,42 @@ inline SquareSet bishop_reach(int index, SquareSet men) {
 inline SquareSet rook_reach(int index, SquareSet men) {
     return along_file(index, men) | along_rank(index, men);
 }
+
+// The two ways to ask, as a parameter of code that is compiled once more for newer processors.
+struct PlainReach {
+    static SquareSet bishop(int index, SquareSet men) { return bishop_reach(index, men); }
+    static SquareSet rook(int index, SquareSet men) { return rook_reach(index, men); }
+};
+
+#ifdef QUELMAR_HAS_MODERN_COPY
+
+// What the men on the inner squares of a square's lines leave to be seen, in the order of the numbers that
+// pext makes of them.
+inline constexpr int DIAGONAL_ENTRIES = 5248;  // of all squares together
+struct InnerSquares {
+    SquareSet diagonals = 0, file = 0, rank = 0;
+    int first_entry = 0;  // of the square, in diagonals_seen
+};
+extern const Table<InnerSquares, 64> inner_squares;
+extern const Table<SquareSet, DIAGONAL_ENTRIES> diagonals_seen;
+extern const Table<Table<SquareSet, 64>, 64> file_seen, rank_seen;
+
+struct ModernReach {
+    QUELMAR_IN_MODERN_COPY static SquareSet bishop(int index, SquareSet men) {
+        const InnerSquares& inner = inner_squares[index];
+        return diagonals_seen[inner.first_entry + static_cast<int>(_pext_u64(men, inner.diagonals))];
+    }
+    QUELMAR_IN_MODERN_COPY static SquareSet rook(int index, SquareSet men) {
+        const InnerSquares& inner = inner_squares[index];
+        return file_seen[index][static_cast<int>(_pext_u64(men, inner.file))] |
+               rank_seen[index][static_cast<int>(_pext_u64(men, inner.rank))];
+    }
+};
+
+#else
+
+struct ModernReach : PlainReach {};
+
+#endif
 
 }  // namespace quelmar

@@ -67,7 +67,9 @@ inline constexpr int ENDING_MATERIAL = 3328;
 inline constexpr int MIDDLEGAME_MATERIAL = 4608;
 
 // Clears both attack maps and walks all men: maps, counts, mobility and what else a man sees on its way.
-void walk_men(EvalContext& context);
+// `Reach` says how sliders look along their lines: PlainReach, or ModernReach in the copy for newer
+// processors.
+template <class Reach> void walk_men(EvalContext& context);
 
 struct PawnScore {
     int structure = 0;     // bonus less penalties

@@ -10,6 +10,7 @@
 
 #include "board/position.h"
 #include "board/processor.h"
+#include "board/reach.h"
 #include "board/square_tables.h"
 #include "eval/endings.h"
 #include "eval/eval_context.h"
@@ -267,7 +268,7 @@ int scale(const EvalContext& context, int score) {
     return score > 0 ? score >> side.scale_shift : -(-score >> side.scale_shift);
 }
 
-template <class Record> int evaluate_with(Record& record) {
+template <class Reach, class Record> int evaluate_with(Record& record) {
     const Side us = position.side_to_move;
     EvalContext context{position.current(), us, us == WHITE ? 1 : -1, pawn_entry(), {}};
     PlyOutputs& out = outputs_at(position.search_ply);
@@ -275,7 +276,7 @@ template <class Record> int evaluate_with(Record& record) {
     open_side<WHITE>(context);
     open_side<BLACK>(context);
     start_totals(context, totals, out);
-    walk_men(context);
+    walk_men<Reach>(context);
     compare_bishops(context);
     if (context.total_material() <= ENDING_MATERIAL && recognise_endgame(context, out.ply_eval)) {
         record.recognise(out.ply_eval);
@@ -320,12 +321,12 @@ struct TraceRecord {
 
 static int evaluate_plainly() {
     NoRecord record;
-    return evaluate_with(record);
+    return evaluate_with<PlainReach>(record);
 }
 
 QUELMAR_MODERN_COPY static int evaluate_on_modern_processor() {
     NoRecord record;
-    return evaluate_with(record);
+    return evaluate_with<ModernReach>(record);
 }
 
 int evaluate() {
@@ -334,18 +335,9 @@ int evaluate() {
 
 EvalTrace trace_evaluation() {
     TraceRecord record;
-    evaluate_with(record);
+    evaluate_with<PlainReach>(record);
     evaluate();  // leaves what the search would find, in a known ending too
     return record.trace;
-}
-
-int material_placement_after_move(const Move& move) {
-    const UndoRecord& here = position.current();
-    const Piece arriving = move.promotion != EMPTY ? move.promotion : move.piece;
-    const int own = here.pst_us - placement_of(move.piece, move.from) + placement_of(arriving, move.to);
-    const int enemy =
-        here.material_them - value_of(move.captured) + here.pst_them - placement_of(move.captured, move.to);
-    return own + here.material_us - enemy;
 }
 
 }  // namespace quelmar

@@ -10,6 +10,7 @@
 
 #include "board/attacks.h"
 #include "board/position.h"
+#include "board/processor.h"
 #include "board/square_tables.h"
 #include "eval/outputs.h"
 
@@ -290,7 +291,8 @@ template <Side Us> void list_endangered(Worst& squares, Worst& values) {
 
 }  // namespace
 
-void find_threats() {
+// What find_threats() does.
+static void list_all_endangered() {
     UndoRecord& here = position.current();
     if (position.side_to_move == WHITE) {
         list_endangered<BLACK>(here.threat_square_them, here.threat_value_them);
@@ -299,6 +301,17 @@ void find_threats() {
         list_endangered<WHITE>(here.threat_square_them, here.threat_value_them);
         list_endangered<BLACK>(here.threat_square_us, here.threat_value_us);
     }
+}
+
+QUELMAR_MODERN_COPY static void list_on_modern_processor() {
+    list_all_endangered();
+}
+
+void find_threats() {
+    if (modern_processor)
+        list_on_modern_processor();
+    else
+        list_all_endangered();
 }
 
 }  // namespace quelmar

@@ -38,7 +38,7 @@ struct Sight {
 };
 
 // Who sees what, for one side on the present board.
-template <Side Us> class Sights {
+template <Side Us, class Reach> class Sights {
     using Face = Facing<Us>;
 
 public:
@@ -59,37 +59,36 @@ public:
     SquareSet stuck_pawns() const { return stuck_pawns_; }
 
     Sight bishop(int index) const {
-        const SquareSet seen = bishop_reach(index, stop_bishops_);
+        const SquareSet seen = Reach::bishop(index, stop_bishops_);
         Sight sight{seen | beyond_pawns(index, seen), NO_SQUARES, seen};
         if ((seen & queens_) != 0) {
-            const SquareSet through = bishop_reach(index, stop_bishops_ & ~queens_);
+            const SquareSet through = Reach::bishop(index, stop_bishops_ & ~queens_);
             sight.xray = (through | beyond_pawns(index, through)) & ~sight.full;
         }
         return sight;
     }
 
     Sight rook(int index) const {
-        const SquareSet seen = rook_reach(index, stop_rooks_);
+        const SquareSet seen = Reach::rook(index, stop_rooks_);
         Sight sight{seen, NO_SQUARES, seen};
         if ((seen & queens_) != 0)
-            sight.xray = rook_reach(index, stop_rooks_ & ~queens_) & ~seen;
+            sight.xray = Reach::rook(index, stop_rooks_ & ~queens_) & ~seen;
         return sight;
     }
 
     SquareSet queen(int index) const {
-        const SquareSet diagonally = bishop_reach(index, stop_bishops_ & ~queens_);
-        return diagonally | beyond_pawns(index, diagonally) | rook_reach(index, stop_rooks_ & ~queens_);
+        const SquareSet diagonally = Reach::bishop(index, stop_bishops_ & ~queens_);
+        return diagonally | beyond_pawns(index, diagonally) | Reach::rook(index, stop_rooks_ & ~queens_);
     }
 
 private:
     // The squares diagonally behind own pawns on which a slider bears. Behind a pawn on the way back lies a
-    // square that it sees anyway, and nothing that leaves one of its lines comes back to it over the edge.
+    // square that it sees anyway, and a step that leaves one of its lines, also over the edge, never meets
+    // one of them again.
     SquareSet beyond_pawns(int index, SquareSet seen) const {
         const SquareSet pawns = seen & pawns_;
-        const LinesThrough& lines = lines_of(index);
-        const SquareSet rising = Us == WHITE ? pawns << 9 : pawns >> 9;
-        const SquareSet falling = Us == WHITE ? pawns << 7 : pawns >> 7;
-        return (rising & lines.diagonal) | (falling & lines.antidiagonal);
+        const SquareSet behind = Us == WHITE ? pawns << 9 | pawns << 7 : pawns >> 9 | pawns >> 7;
+        return behind & lines_of(index).diagonals;
     }
 
     SquareSet pawns_, queens_, stuck_pawns_;
@@ -117,7 +116,7 @@ struct Tally {
     }
     void write_to(AttackMap& map) const {
         map.bits = {ones, twos, fours, pawn, minor, rook, queen, king};
-        map.attacked = ones | twos | fours | pawn | minor | rook | queen | king;
+        map.attacked = ones | twos | fours | crowded;  // whoever bears on a square counts there
     }
 };
 
@@ -127,7 +126,7 @@ struct Attack {
     int kind_bit;
 };
 
-template <Side Us> Attack attack_from(Square square, const Sights<Us>& sights) {
+template <Side Us> Attack attack_from(Square square, const Sights<Us, PlainReach>& sights) {
     using Face = Facing<Us>;
     const int index = index_of(square);
     switch (position.at(square)) {
@@ -151,7 +150,7 @@ template <Side Us> Attack attack_from(Square square, const Sights<Us>& sights) {
 // Counts the attacks on some squares of the map again, man by man. Eight attackers hardly ever meet, so this
 // need not be fast, and it stays a call so that the pass below keeps its counts in registers.
 template <Side Us> [[gnu::noinline]] void recount(SquareSet crowded) {
-    const Sights<Us> sights;
+    const Sights<Us, PlainReach> sights;
     Table<u8, 64> bytes{};
     for (Square man = position.first_of(Us); man != LIST_END; man = position.next_man(man)) {
         const Attack attack = attack_from<Us>(man, sights);
@@ -166,7 +165,7 @@ template <Side Us> [[gnu::noinline]] void recount(SquareSet crowded) {
 }
 
 // The pass over one side's men.
-template <Side Us> class Walk {
+template <Side Us, class Reach> class Walk {
     using Face = Facing<Us>;
 
 public:
@@ -267,7 +266,7 @@ private:
     SideTerms& terms;
     int mobility = 0;
     Tally tally;
-    const Sights<Us> sights;
+    const Sights<Us, Reach> sights;
     const SidePawns& pawns;
     const bool centre_closed;
     const Square enemy_king;
@@ -279,9 +278,11 @@ private:
 
 }  // namespace
 
-void walk_men(EvalContext& context) {
-    Walk<WHITE>(context).run();
-    Walk<BLACK>(context).run();
+template <class Reach> void walk_men(EvalContext& context) {
+    Walk<WHITE, Reach>(context).run();
+    Walk<BLACK, Reach>(context).run();
 }
+template void walk_men<PlainReach>(EvalContext& context);
+template void walk_men<ModernReach>(EvalContext& context);
 
 }  // namespace quelmar

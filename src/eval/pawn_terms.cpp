@@ -115,20 +115,13 @@ template <Side Us> int backward_penalty(const EvalContext& context, Square pawn)
     return penalty;
 }
 
-// Calls `rule` for every square of a list.
-template <int SIZE, typename Rule> void for_each_listed(const Table<u8, SIZE>& list, Rule rule) {
-    for (const Square pawn : list) {
-        if (pawn == 0)
-            return;
-        rule(pawn);
-    }
-}
-
 template <Side Us> int structure_score(const EvalContext& context) {
     const SidePawns& pawns = context.pawns.of(Us);
     int penalty = 0;
-    for_each_listed(pawns.isolated, [&](Square pawn) { penalty += isolated_penalty<Us>(pawn); });
-    for_each_listed(pawns.backward, [&](Square pawn) { penalty += backward_penalty<Us>(context, pawn); });
+    for (const int index : indices_of(pawns.isolated_set))
+        penalty += isolated_penalty<Us>(square_of(index));
+    for (const int index : indices_of(pawns.backward_set))
+        penalty += backward_penalty<Us>(context, square_of(index));
     return pawns.structure - penalty;
 }
 
@@ -248,10 +241,10 @@ template <Side Us> int passed_king_value(const EvalContext& context, Square pawn
 template <Side Us> PawnScore score_side(const EvalContext& context) {
     PawnScore score;
     score.structure = structure_score<Us>(context);
-    for_each_listed(context.pawns.of(Us).passed, [&](Square pawn) {
-        score.passed += passed_value<Us>(context, pawn);
-        score.passed_kings += passed_king_value<Us>(context, pawn);
-    });
+    for (const int index : indices_of(context.pawns.of(Us).passed_set)) {
+        score.passed += passed_value<Us>(context, square_of(index));
+        score.passed_kings += passed_king_value<Us>(context, square_of(index));
+    }
     score.passed -= score.passed / 4;
     return score;
 }

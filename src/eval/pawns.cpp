@@ -59,6 +59,13 @@ struct ListCounts {
     int isolated = 0, doubled = 0, isolated_rear = 0, backward = 0, passed = 0;
 };
 
+template <int SIZE> SquareSet set_of_list(const Table<u8, SIZE>& list) {
+    SquareSet set = NO_SQUARES;
+    for (const Square square : list)
+        set |= set_of(square);
+    return set;
+}
+
 template <int SIZE> void put(Table<u8, SIZE>& list, int& count, Square square) {
     if (count < SIZE)
         list[count] = static_cast<u8>(square);
@@ -171,6 +178,9 @@ template <Side Us> void classify_side(SidePawns& pawns) {
     const int weak = counts.passed + counts.doubled + counts.backward + counts.isolated;
     pawns.weak_count_penalty = WEAK_COUNT[std::min(weak, WEAK_COUNT.size() - 1)];
     pawns.structure = narrow<i16>(structure_of_pawns(pawns));
+    pawns.isolated_set = set_of_list(pawns.isolated);
+    pawns.backward_set = set_of_list(pawns.backward);
+    pawns.passed_set = set_of_list(pawns.passed);
 }
 
 // The ranks on which a white pawn can stand before a black one.

@@ -40,6 +40,8 @@ struct SidePawns {
     u8 central_light = 0, central_dark = 0;  // of those, on files c to f
     u8 weak_count_penalty = 0;
     i16 structure = 0;  // what of the structure's score depends on the pawns alone
+    // The squares of three lists, for those who do not ask in which order they stand.
+    SquareSet isolated_set = NO_SQUARES, backward_set = NO_SQUARES, passed_set = NO_SQUARES;
 };
 
 struct PawnEntry {

@@ -299,6 +299,8 @@ void judge_all_moves(Node& node) {
     constexpr Depth SHRINK_BELOW = 240;
     node.context.common = common_extension(node.context);
     node.shrinks = !node.in_check() && node.depth < SHRINK_BELOW && pruning_allowed();
+    node.static_score =
+        material_placement_balance() + node.outputs().ply_eval - node.outputs().ply_material_placement;
 }
 
 // Whether a child is known, deeply enough, to be bad for the opponent.
@@ -352,9 +354,7 @@ bool futile(Node& node, const Move& move, Depth& extra) {
     constexpr Depth PRUNE_BELOW = 180, PRUNE_PUSHES_BELOW = 120;
     if (!node.shrinks || move.gives_check != 0)
         return false;
-    const PlyOutputs& outputs = node.outputs();
-    const Score estimate =
-        (material_placement_after_move(move) + outputs.ply_eval - outputs.ply_material_placement) >> 1;
+    const Score estimate = (node.static_score + material_placement_gain(move)) >> 1;
     if (extra == 0 && estimate < node.fut_large)
         extra = -ONE_PLY;
     const bool near = extra <= 0 && extra + node.depth < PRUNE_BELOW && estimate < node.fut_medium;

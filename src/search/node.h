@@ -27,6 +27,7 @@ struct Node {
     TTEntry entry;         // a copy: the slot may be overwritten by the node's own subtree
     MoveContext context;
     Score fut_small = 0, fut_medium = 0, fut_large = 0;
+    int static_score = 0;  // 128ths of a pawn, before the gain of a move
     bool shrinks = false;  // quiet moves may be searched less deep, or left out, on a static estimate
     Score best = -INFINITE_SCORE;
     int searched = 0;  // legal moves, pruned ones included
