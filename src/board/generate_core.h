@@ -1,5 +1,4 @@
-// What the generators share. Moves are written in place at `out`, the end of the list so
-// far.
+// What the generators share. Moves are written in place at `out`, the end of the list so far.
 //
 // Which moves are tried on the board, and in which order, is behaviour: a trial capture moves the victim to
 // the place behind its king in the piece list, a trial castling sorts both lists.
@@ -9,6 +8,10 @@
 #include "board/check_maps.h"
 #include "board/make_move.h"
 #include "board/position.h"
+
+#include <bit>
+#include <cstddef>
+#include <cstdlib>
 
 namespace quelmar {
 
@@ -22,15 +25,34 @@ inline void close_list(Move* out) {
     move_list.start_of(position.search_ply + 1) = out;
 }
 
-inline Move* put_move(Move* out, Square from, Square to, Piece promotion, int gives_check) {
-    out->from = static_cast<u8>(from);
-    out->to = static_cast<u8>(to);
-    out->piece = position.board[from];
-    out->captured = position.board[to];
-    out->promotion = static_cast<u8>(promotion);
-    out->flags = 0;
-    out->gives_check = static_cast<u8>(gives_check);
+// A field of a move, by its place in the record, as a part of the word that the record is: so a move is
+// written at once.
+constexpr u64 field(std::size_t offset, int value) {
+    const bool lowest_first = std::endian::native == std::endian::little;
+    return static_cast<u64>(value) << 8 * (lowest_first ? offset : sizeof(Move) - 1 - offset);
+}
+constexpr u64 field_to(Square to) {
+    return field(offsetof(Move, to), to);
+}
+constexpr u64 field_captured(Piece man) {
+    return field(offsetof(Move, captured), man);
+}
+constexpr u64 field_check(bool gives_check) {
+    return field(offsetof(Move, gives_check), gives_check);
+}
+// What all moves of the man on `from` share.
+inline u64 fields_of_man(Square from) {
+    return field(offsetof(Move, from), from) | field(offsetof(Move, piece), position.at(from));
+}
+
+inline Move* put_fields(Move* out, u64 fields) {
+    *out = std::bit_cast<Move>(fields);
     return out + 1;
+}
+
+inline Move* put_move(Move* out, Square from, Square to, Piece promotion, int gives_check) {
+    return put_fields(out, fields_of_man(from) | field_to(to) | field_captured(position.at(to)) |
+                               field(offsetof(Move, promotion), promotion) | field_check(gives_check != 0));
 }
 
 constexpr int check_bit(Piece kind) {
@@ -43,10 +65,12 @@ static_assert(check_bit(PAWN) == CHECK_BY_PAWN && check_bit(QUEEN) == CHECK_BY_Q
 template <Side Us>
 inline constexpr Table<int, 2> PAWN_CAPTURES = {17 * Facing<Us>::SIGN, 15 * Facing<Us>::SIGN};
 
-// The gives-check flag of an ordinary move; `step` is that of the line it moves along, 0 for a knight.
-template <Piece Kind> int check_flag(Square from, Square to, int step) {
-    if ((check_square_map[to] & check_bit(Kind)) != 0)
-        return 1;
+// Whether a man of the kind gives check from the square.
+template <Piece Kind> bool checks_from(Square square) {
+    return (check_square_map[square] & check_bit(Kind)) != 0;
+}
+// Whether the man on `from` uncovers a check; `step` is that of the line it moves along, 0 for a knight.
+inline bool uncovers_check(Square from, int step) {
     const int discovery = discovery_map[from];
     return discovery != 0 && discovery != std::abs(step);
 }
@@ -87,15 +111,20 @@ template <Side Us, typename Accept> struct ManMoves {
 
     bool enemy_on(Square square) const { return is_man_of(position.at(square), Facing<Us>::THEM); }
 
+    // Whether a man of ours may go where `met` stands: nobody or an enemy.
+    static bool is_target(Piece met) {
+        constexpr u32 ENEMIES = 0b111111u << man_of(Facing<Us>::THEM, PAWN), NOBODY = 1u << EMPTY;
+        return ((ENEMIES | NOBODY) >> met & 1) != 0;
+    }
+
     // A pawn move with all its promotions; under-promotions are never marked as checks.
     void put_pawn_move(Square from, Square to, int step) {
-        const int check = check_flag<PAWN>(from, to, step);
+        const bool check = checks_from<PAWN>(to) || uncovers_check(from, step);
         if (Facing<Us>::rank(to) != 7) {
             out = put_move(out, from, to, EMPTY, check);
             return;
         }
-        const bool queen_checks = (check_square_map[to] & CHECK_BY_QUEEN) != 0;
-        out = put_move(out, from, to, man_of(Us, QUEEN), check != 0 || queen_checks);
+        out = put_move(out, from, to, man_of(Us, QUEEN), check || checks_from<QUEEN>(to));
         if (Facing<Us>::rank(from) != 6)
             return;
         for (Piece kind : {ROOK, BISHOP, KNIGHT})
@@ -117,31 +146,41 @@ template <Side Us, typename Accept> struct ManMoves {
     }
 
     void knight(Square from) {
+        const u64 fields = fields_of_man(from) | field_check(uncovers_check(from, 0));
         for (int offset : knight_offsets) {
             const Square to = from + offset;
-            if ((position.at(to) == EMPTY || enemy_on(to)) && accept(to))
-                out = put_move(out, from, to, EMPTY, check_flag<KNIGHT>(from, to, 0));
+            if (is_target(position.at(to)) && accept(to))
+                put<KNIGHT>(fields, to);
         }
     }
 
     template <Piece Kind, typename Steps> void slider(Square from, const Steps& steps) {
+        const u64 man = fields_of_man(from);
         for (int step : steps) {
+            const u64 fields = man | field_check(uncovers_check(from, step));
             Square to = from + step;
             for (; position.at(to) == EMPTY; to += step) {
                 if (accept(to))
-                    out = put_move(out, from, to, EMPTY, check_flag<Kind>(from, to, step));
+                    put<Kind>(fields, to);
             }
             if (enemy_on(to) && accept(to))
-                out = put_move(out, from, to, EMPTY, check_flag<Kind>(from, to, step));
+                put<Kind>(fields, to);
         }
     }
 
     void king(Square from) {
+        const u64 man = fields_of_man(from);
         for (int step : king_offsets) {
             const Square to = from + step;
-            if (position.at(to) == EMPTY || enemy_on(to))
-                out = put_move(out, from, to, EMPTY, check_flag<KING>(from, to, step));
+            if (is_target(position.at(to)))
+                put<KING>(man | field_check(uncovers_check(from, step)), to);
         }
+    }
+
+    // Adds to the fields of the man what differs by the destination.
+    template <Piece Kind> void put(u64 fields, Square to) {
+        out = put_fields(out, fields | field_to(to) | field_captured(position.at(to)) |
+                                  field_check(checks_from<Kind>(to)));
     }
 
     // Castling and en passant apart, the moves of all men in piece-list order.

@@ -7,20 +7,11 @@ namespace {
 
 // Quiet checks
 
-int discovery_of(Square square) {
-    return discovery_map[square];
-}
-
-bool checks_from(Square square, int bit) {
-    return (check_square_map[square] & bit) != 0;
-}
-
 template <Side Us> struct QuietChecks {
     Move* out;
 
     static bool pawn_checks(Square from, Square to) {
-        const int discovery = discovery_of(from);
-        return checks_from(to, CHECK_BY_PAWN) || (discovery != 0 && discovery != 16);
+        return checks_from<PAWN>(to) || uncovers_check(from, Facing<Us>::FORWARD);
     }
 
     void pawn(Square from) {
@@ -34,31 +25,27 @@ template <Side Us> struct QuietChecks {
     }
 
     void knight(Square from) {
-        const bool uncovers = discovery_of(from) != 0;
+        const bool uncovers = uncovers_check(from, 0);
         for (int offset : knight_offsets) {
             const Square to = from + offset;
-            if (position.at(to) == EMPTY && (uncovers || checks_from(to, CHECK_BY_KNIGHT)))
+            if (position.at(to) == EMPTY && (uncovers || checks_from<KNIGHT>(to)))
                 out = put_move(out, from, to, EMPTY, 1);
         }
     }
 
     template <Piece Kind, typename Steps> void slider(Square from, const Steps& steps) {
-        const int discovery = discovery_of(from);
         for (int step : steps) {
-            const bool uncovers = discovery != 0 && discovery != std::abs(step);
+            const bool uncovers = uncovers_check(from, step);
             for (Square to = from + step; position.at(to) == EMPTY; to += step) {
-                if (uncovers || checks_from(to, check_bit(Kind)))
+                if (uncovers || checks_from<Kind>(to))
                     out = put_move(out, from, to, EMPTY, 1);
             }
         }
     }
 
     void king(Square from) {
-        const int discovery = discovery_of(from);
-        if (discovery == 0)
-            return;
         for (int step : king_offsets) {
-            if (discovery != std::abs(step) && position.at(from + step) == EMPTY)
+            if (uncovers_check(from, step) && position.at(from + step) == EMPTY)
                 out = put_move(out, from, from + step, EMPTY, 1);
         }
     }

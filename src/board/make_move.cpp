@@ -67,7 +67,7 @@ void toggle_castling(const Castling& castling, Square king_from, Square rook_fro
 }
 
 // What make and unmake of every other move do to the sets. Each is its own inverse.
-void toggle_men(const Move& move, Square victim) {
+inline void toggle_men(const Move& move, Square victim) {
     if (move.promotion == EMPTY) {
         position.sets.toggle(move.piece, set_of(move.from) ^ set_of(move.to));
     } else {
@@ -152,16 +152,9 @@ void play_ordinary(UndoRecord& after, const Move& move) {
 
 // Set after every double step, whether or not an enemy pawn could capture.
 void note_double_step(UndoRecord& after, const Move& move) {
-    if (move.piece == WHITE_PAWN && move.to == move.from + 32)
-        after.ep_square = static_cast<u8>(move.from + 16);
-    else if (move.piece == BLACK_PAWN && move.to == move.from - 32)
-        after.ep_square = static_cast<u8>(move.from - 16);
-}
-
-HashKey castling_rook_key(int flags) {
-    const Castling castling = castling_of(flags);
-    const Piece rook = man_of(castling.side, ROOK);
-    return piece_key(rook, rook_home(castling)) ^ piece_key(rook, castling.rook_to);
+    constexpr int TWO_RANKS = 32;  // as the difference of squares of one file
+    if ((move.from ^ move.to) == TWO_RANKS && is_pawn(move.piece))
+        after.ep_square = static_cast<u8>((move.from + move.to) / 2);
 }
 
 }  // namespace
@@ -239,16 +232,10 @@ void unmake_null_move() {
     --position.game_ply;
 }
 
-HashKey key_after_move(HashKey key, const Move* move) {
-    key ^= zobrist_side;
-    if (move == nullptr)
-        return key;
-    key ^= piece_key(move->piece, move->from) ^
-           piece_key(move->promotion != EMPTY ? move->promotion : move->piece, move->to) ^
-           piece_key(move->captured, move->to);
-    if (move->flags != 0 && move->flags != EN_PASSANT)
-        key ^= castling_rook_key(move->flags);
-    return key;
+HashKey castling_rook_key(int flags) {
+    const Castling castling = castling_of(flags);
+    const Piece rook = man_of(castling.side, ROOK);
+    return piece_key(rook, rook_home(castling)) ^ piece_key(rook, castling.rook_to);
 }
 
 HashKey key_after_packed_move(HashKey key, PackedMove packed) {

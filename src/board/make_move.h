@@ -1,6 +1,7 @@
 // Playing moves and taking them back, and the keys that moves lead to.
 #pragma once
 
+#include "board/hash_keys.h"
 #include "board/types.h"
 
 namespace quelmar {
@@ -20,8 +21,20 @@ void unmake_move(const Move* move);
 void make_null_move();
 void unmake_null_move();
 
+HashKey castling_rook_key(int flags);  // what the rook's way changes, by the flag of the castling
+
 // The key after `move`, or after a null move for nullptr. An en-passant victim is keyed on `to`.
-HashKey key_after_move(HashKey key, const Move* move);
+inline HashKey key_after_move(HashKey key, const Move* move) {
+    key ^= zobrist_side;
+    if (move == nullptr)
+        return key;
+    key ^= piece_key(move->piece, move->from) ^
+           piece_key(move->promotion != EMPTY ? move->promotion : move->piece, move->to) ^
+           piece_key(move->captured, move->to);
+    if (move->flags != 0 && move->flags != EN_PASSANT)
+        key ^= castling_rook_key(move->flags);
+    return key;
+}
 
 // The same for a packed move, but exact for en passant too. A packed null move (from = 0) passes the turn.
 HashKey key_after_packed_move(HashKey key, PackedMove packed);

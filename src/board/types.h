@@ -202,14 +202,26 @@ constexpr Square packed_from(PackedMove packed) {
 constexpr Square packed_to(PackedMove packed) {
     return static_cast<Square>(packed >> 8 & 255);
 }
+// Both, as squares_of() a move.
+constexpr u16 packed_squares(PackedMove packed) {
+    return static_cast<u16>(packed);
+}
 
 // The same move of one position, whatever its score and flag of check.
 inline bool same_move(const Move& a, const Move& b) {
     return a.from == b.from && a.to == b.to && a.promotion == b.promotion && a.flags == b.flags;
 }
 
+// Origin and destination in one number.
+inline u16 squares_of(const Move& move) {
+    return static_cast<u16>(move.from | move.to << 8);
+}
 inline bool same_squares(const Move& a, const Move& b) {
-    return a.from == b.from && a.to == b.to;
+    return squares_of(a) == squares_of(b);
+}
+// Captures nothing and promotes nothing.
+inline bool is_quiet(const Move& move) {
+    return (move.captured | move.promotion << 8) == 0;
 }
 
 }  // namespace quelmar

@@ -6,8 +6,13 @@
 #include "search/search_state.h"
 
 #include <algorithm>
+#include <bit>
 #include <limits>
 #include <span>
+
+#ifdef QUELMAR_HAS_MODERN_COPY
+#include <immintrin.h>
+#endif
 
 namespace quelmar {
 
@@ -28,11 +33,6 @@ Table<Scores, MOVE_LIST_PLIES> scores;
 
 ScoreList& current_scores() {
     return scores[position.search_ply].of;
-}
-
-// How many vectors hold the scores of that many moves.
-int vectors_of(std::size_t moves) {
-    return static_cast<int>((moves + LANES - 1) / LANES);
 }
 
 // A move's score is its worth times this plus the cheapness of the man that moves, which decides between
@@ -65,23 +65,24 @@ i32 promotion_worth(const Move& move) {
 class Worth {
 public:
     i32 of(const Move& move) const {
-        if (move.captured != EMPTY)
-            return capture_worth(here_, move);
-        return move.promotion != EMPTY ? promotion_worth(move) : quiet_worth(move);
+        if (is_quiet(move))
+            return quiet_worth(move);
+        return move.captured != EMPTY ? capture_worth(here_, move) : promotion_worth(move);
     }
 
 private:
     i32 quiet_worth(const Move& move) const {
-        if (same_squares(move, killer_))
+        const u16 squares = squares_of(move);
+        if (squares == killer_)
             return ORDER_KILLER;
-        if (same_squares(move, older_killer_))
+        if (squares == older_killer_)
             return ORDER_OLDER_KILLER;
         return static_cast<i32>(search_state.history_of(move) >> history_shift_);
     }
 
     const UndoRecord& here_ = position.current();
-    const Move killer_ = search_state.at(position.search_ply).killer;
-    const Move older_killer_ = search_state.at(position.search_ply - 2).killer;
+    const u16 killer_ = squares_of(search_state.at(position.search_ply).killer);
+    const u16 older_killer_ = squares_of(search_state.at(position.search_ply - 2).killer);
     const int history_shift_ = search_state.history_shift;
 };
 
@@ -89,10 +90,10 @@ i32 score_of(const Move& move, i32 worth) {
     return worth * WORTH_UNIT + cheapness[move.piece];
 }
 
-void lift_first(Square from, Square to, i32 worth) {
+void lift_first(u16 squares, i32 worth) {
     i32* score = current_scores().begin();
     for (const Move& move : move_list.current()) {
-        if (move.from == from && move.to == to) {
+        if (squares_of(move) == squares) {
             *score = score_of(move, worth);
             return;
         }
@@ -100,7 +101,7 @@ void lift_first(Square from, Square to, i32 worth) {
     }
 }
 
-// The place of the best score, the first of equals; -1 when all are handed out.
+// The place of the best score, the first of equals; -1 when all are handed out. There is at least one vector.
 int place_of_best(const i32* left, int vectors) {
     const int size = LANES * vectors;
     i32 best = HANDED_OUT;
@@ -116,41 +117,78 @@ int place_of_best(const i32* left, int vectors) {
     return size - from_end;
 }
 
-QUELMAR_MODERN_COPY int place_of_best_on_modern_processor(const i32* left, int vectors) {
-    return place_of_best(static_cast<const i32*>(__builtin_assume_aligned(left, LANES * sizeof(i32))),
-                         vectors);
+#ifdef QUELMAR_HAS_MODERN_COPY
+// The same, a whole vector at a time.
+QUELMAR_IN_MODERN_COPY int place_of_best_among_lanes(const i32* left, int vectors) {
+    const auto* lanes = reinterpret_cast<const __m256i*>(left);
+    __m256i most = lanes[0];
+    for (int i = 1; i < vectors; ++i)
+        most = _mm256_max_epi32(most, lanes[i]);
+    // The largest of the lanes in all of them.
+    most = _mm256_max_epi32(most, _mm256_permute2x128_si256(most, most, 1));
+    most = _mm256_max_epi32(most, _mm256_shuffle_epi32(most, 0b01'00'11'10));
+    most = _mm256_max_epi32(most, _mm256_shuffle_epi32(most, 0b10'11'00'01));
+    if (_mm256_cvtsi256_si32(most) == HANDED_OUT)
+        return -1;
+    for (int i = 0;; ++i) {
+        const int equal = _mm256_movemask_ps(_mm256_castsi256_ps(_mm256_cmpeq_epi32(lanes[i], most)));
+        if (equal != 0)
+            return LANES * i + std::countr_zero(static_cast<unsigned>(equal));
+    }
+}
+#else
+constexpr int (*place_of_best_among_lanes)(const i32* left, int vectors) = place_of_best;
+#endif
+
+// What pick_move() does.
+template <int (*PlaceOfBest)(const i32* left, int vectors)> Move* pick_by() {
+    const std::span<Move> moves = move_list.current();
+    i32* const left = current_scores().begin();
+    const int place = PlaceOfBest(left, static_cast<int>((moves.size() + LANES - 1) / LANES));
+    if (place < 0)
+        return nullptr;
+    left[place] = HANDED_OUT;
+    return moves.data() + place;
+}
+
+QUELMAR_MODERN_COPY Move* pick_on_modern_processor() {
+    return pick_by<place_of_best_among_lanes>();
+}
+
+// Scores the moves by themselves.
+void score_moves() {
+    const Worth worth;
+    i32* score = current_scores().begin();
+    for (const Move& move : move_list.current())
+        *score++ = score_of(move, worth.of(move));
+    std::fill_n(score, LANES, HANDED_OUT);
+}
+
+QUELMAR_MODERN_COPY void score_moves_on_modern_processor() {
+    score_moves();
 }
 
 }  // namespace
 
 void order_moves(PackedMove table_move) {
-    const std::span<const Move> moves = move_list.current();
-    const Worth worth;
-    i32* score = current_scores().begin();
-    for (const Move& move : moves)
-        *score++ = score_of(move, worth.of(move));
-    std::fill_n(score, LANES, HANDED_OUT);
+    if (modern_processor)
+        score_moves_on_modern_processor();
+    else
+        score_moves();
     // The later the stronger: each may override the one before.
     const int ply = position.search_ply;
     if (table_move != 0)
-        lift_first(packed_from(table_move), packed_to(table_move), ORDER_TABLE_MOVE);
+        lift_first(packed_squares(table_move), ORDER_TABLE_MOVE);
     const Move& mate_killer = search_state.at(ply).mate_killer;
     if (mate_killer.from != 0)
-        lift_first(mate_killer.from, mate_killer.to, ORDER_MATE_KILLER);
+        lift_first(squares_of(mate_killer), ORDER_MATE_KILLER);
     const PackedMove threat = search_state.at(ply - 2).threat_move;
     if (threat != 0 && move_before().from == 0)
-        lift_first(packed_from(threat), packed_to(threat), ORDER_MATE_KILLER);
+        lift_first(packed_squares(threat), ORDER_MATE_KILLER);
 }
 
 Move* pick_move() {
-    i32* const left = current_scores().begin();
-    const int vectors = vectors_of(move_list.current().size());
-    const int place =
-        modern_processor ? place_of_best_on_modern_processor(left, vectors) : place_of_best(left, vectors);
-    if (place < 0)
-        return nullptr;
-    left[place] = HANDED_OUT;
-    return move_list.start_of(position.search_ply) + place;
+    return modern_processor ? pick_on_modern_processor() : pick_by<place_of_best>();
 }
 
 void update_history_and_killer(const Move& move, Depth depth) {
