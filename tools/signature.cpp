@@ -5,8 +5,9 @@
 //   signature                 prints the nodes of each position, the total and the node rate
 //   signature --check FILE    compares the total with the recorded one, exit status 1 if they differ
 //   signature --quick FILE    the same three plies shallower, for builds with assertions
+//   signature --plain FILE    as --quick, without the copies for newer processors
 //   signature --write FILE    records both totals
-//   signature --sample N P    searches one position, P plies shallower
+//   signature --sample N P    searches one position, P plies shallower; --plain-sample N P
 //
 // Each position is searched by a process of its own, so that no killer move, table entry or evaluation of one
 // reaches the next. The node rate counts the searches alone.
@@ -33,7 +34,7 @@ using namespace quelmar;
 namespace {
 
 constexpr int QUICK_PLIES_LESS = 3;
-constexpr char USAGE[] = "usage: signature [--check FILE | --quick FILE | --write FILE]\n";
+constexpr char USAGE[] = "usage: signature [--check FILE | --quick FILE | --plain FILE | --write FILE]\n";
 
 struct Sample {
     int depth;  // iterations
@@ -87,10 +88,14 @@ constexpr Sample SAMPLES[] = {
     {8, "r1bq2r1/b4pk1/p1pp1p2/1p2pP2/1P2P1PB/3P4/1PPQ2P1/R3K2R w KQ"},
 };
 
-void start_engine() {
+// Which copy of what is compiled twice runs in the samples.
+constexpr char BEST_COPY[] = "--sample", PLAIN_COPY[] = "--plain-sample";
+
+void start_engine(std::string_view copy) {
     init_hash_keys();
     build_exchange_table();
-    find_modern_processor();
+    if (copy == BEST_COPY)
+        find_modern_processor();
     constexpr int HASH_MB = 24;
     tt_allocate(HASH_MB);
 }
@@ -115,19 +120,19 @@ bool search_sample(std::size_t number, int plies_less) {
 }
 
 // Searches in a process of its own; no nodes when that fails.
-Effort search_apart(const char* program, std::size_t number, int plies_less) {
+Effort search_apart(const char* program, const std::string& copy, std::size_t number, int plies_less) {
     const std::string output =
-        platform::output_of(program, "--sample " + std::to_string(number) + ' ' + std::to_string(plies_less));
+        platform::output_of(program, copy + ' ' + std::to_string(number) + ' ' + std::to_string(plies_less));
     Effort effort;
     return std::sscanf(output.c_str(), "%llu %lf", &effort.nodes, &effort.seconds) == 2 ? effort : Effort{};
 }
 
 // Prints and returns the total; 0 when a position could not be searched.
-u64 search_all(const char* program, int plies_less) {
+u64 search_all(const char* program, int plies_less, const char* copy = BEST_COPY) {
     Effort total;
     bool complete = true;
     for (std::size_t number = 0; number < std::size(SAMPLES); ++number) {
-        const Effort effort = search_apart(program, number, plies_less);
+        const Effort effort = search_apart(program, copy, number, plies_less);
         std::printf("%12llu  depth %2d  %s\n", effort.nodes, SAMPLES[number].depth - plies_less,
                     SAMPLES[number].fen);
         std::fflush(stdout);
@@ -174,21 +179,25 @@ bool agrees(u64 total, unsigned long long expected) {
 
 int main(int argc, char* argv[]) {
     const std::span<char* const> arguments{argv, static_cast<std::size_t>(argc)};
-    if (const auto status =
-            status_of_options(arguments, USAGE, {"--check=", "--quick=", "--write=", "--sample="}))
+    if (const auto status = status_of_options(
+            arguments, USAGE,
+            {"--check=", "--quick=", "--plain=", "--write=", "--sample=", "--plain-sample="}))
         return *status;
     const std::string_view what = argc > 1 ? argv[1] : "";
     const char* const program = argv[0];
     if (argc == 1)
         return search_all(program, 0) > 0 ? 0 : 1;
-    if (argc == 4 && what == "--sample") {
-        start_engine();
+    if (argc == 4 && (what == BEST_COPY || what == PLAIN_COPY)) {
+        start_engine(what);
         return search_sample(std::strtoul(argv[2], nullptr, 10), std::atoi(argv[3])) ? 0 : 1;
     }
     if (argc == 3 && what == "--check")
         return agrees(search_all(program, 0), recorded_totals(argv[2]).full) ? 0 : 1;
     if (argc == 3 && what == "--quick")
         return agrees(search_all(program, QUICK_PLIES_LESS), recorded_totals(argv[2]).quick) ? 0 : 1;
+    if (argc == 3 && what == "--plain")
+        return agrees(search_all(program, QUICK_PLIES_LESS, PLAIN_COPY), recorded_totals(argv[2]).quick) ? 0
+                                                                                                         : 1;
     if (argc == 3 && what == "--write")
         return record(program, argv[2]) ? 0 : 1;
     std::fputs(USAGE, stderr);

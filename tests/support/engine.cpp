@@ -3,6 +3,7 @@
 #include "board/hash_keys.h"
 #include "board/make_move.h"
 #include "board/position.h"
+#include "board/processor.h"
 #include "eval/exchange.h"
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
@@ -24,6 +25,7 @@ namespace {
 
 void start_once() {
     static const bool started = [] {
+        find_modern_processor();
         init_hash_keys();
         build_exchange_table();
         print_what_the_search_says();
