@@ -1,5 +1,5 @@
 // What depends on the placement of the pawns alone, classified once per pawn structure and kept in a hash
-// table under the pawn key. Private to eval/.
+// table under the pawn key. For eval/, but for forget_pawn_structures.
 #pragma once
 
 #include "board/position.h"

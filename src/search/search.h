@@ -15,7 +15,8 @@ void think();
 Score search(Score beta, Depth depth, bool null_allowed);
 
 // The same below the horizon. `depth` is only the depth stored in the table; no checks are searched beyond
-// ply `check_limit`. Does not poll and, but for a swollen tree, runs to its end.
+// ply `check_limit`. Polls only where search_control.nodes_between_looks says so; a stop or a swollen tree
+// makes every node stand on its static score.
 Score qsearch(Score beta, Depth depth, int check_limit);
 
 // More nodes than any game's position takes in one quiescence search. With dozens of queens on the board the

@@ -52,7 +52,7 @@ def option_names(program):
 
 def check_manuals(root, programs):
     protocol = root / "src/protocol"
-    keys = table_words(protocol / "config_file.cpp", "KEYS")
+    keys = table_words(protocol / "settings.cpp", "KEYS")
     first, second, third = (read(root / f"man/{name}.6") for name in ("quelmar", "quelmar-uci", "tbmake"))
     usage = said_by(programs["tbmake"])
     settings = read(root / "packaging/quelmar.ini")
