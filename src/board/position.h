@@ -1,5 +1,6 @@
 // The one game state: a mailbox board, two piece lists threaded through its squares, and a stack of records
-// that hold what changes from ply to ply.
+// that hold what changes from ply to ply. Beside it the stack of the moves that the generators write, and the
+// diagram of the board.
 //
 // Every record sees the position from its own side to move, so each us/them pair swaps when a move is made.
 // No undo information exists beside the stack: taking a move back is a step down plus a repair of the board

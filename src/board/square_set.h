@@ -1,5 +1,6 @@
 // Sets of playing squares in one word, so that a question about many squares takes one operation. Bit i
-// stands for the square of index i: a1 = 0, h1 = 7, ... h8 = 63.
+// stands for the square of index i: a1 = 0, h1 = 7, ... h8 = 63. PieceSets keeps the men of a position as
+// such sets.
 #pragma once
 
 #include "board/types.h"
@@ -101,7 +102,6 @@ constexpr IndicesOf indices_of(SquareSet set) {
 }
 
 // Where the men stand, as sets: one per man and one per side, kept by make and unmake beside the board.
-
 class PieceSets {
 public:
     // The squares of a man, 1..12, or of all men of a side.

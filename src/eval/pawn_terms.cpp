@@ -54,7 +54,8 @@ constexpr Table<Table<u8, 7>, 8> PROXIMITY = {{
 
 constexpr Table<u8, 8> CUT_OFF = {0, 0, 10, 20, 30, 40, 50, 60};  // by files between king and pawn
 
-template <Side Us> bool enemy_piece_on(Square square) {  // any man but a pawn
+// Whether any man but a pawn stands there.
+template <Side Us> bool enemy_piece_on(Square square) {
     const Piece man = position.at(square);
     return is_man_of(man, Facing<Us>::THEM) && man != Facing<Us>::THEIR_PAWN;
 }

@@ -1,6 +1,7 @@
 // Start-up in its fixed order, then one of three modes: benchmark, EPD test, or play under an interface.
 
 #include "platform/platform.h"
+#include "protocol/bench.h"
 #include "protocol/command_line.h"
 #include "protocol/game_loop.h"
 #include "protocol/input.h"

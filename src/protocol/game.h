@@ -1,4 +1,4 @@
-// What the front ends do to the game itself.
+// What the front ends do to the game itself, and searches beside it.
 #pragma once
 
 #include "board/position.h"

@@ -1,4 +1,4 @@
-// The legal moves of the game's position, as the front ends look at them.
+// The game's position as the front ends look at it: its legal moves, and itself in the middle of a search.
 #pragma once
 
 #include "board/position.h"
@@ -8,7 +8,7 @@
 
 namespace quelmar {
 
-// The legal moves of the position at the root, ended by a record whose `from` is 0.
+// The legal moves, ended by a record whose `from` is 0.
 extern Table<Move, MAX_MOVES_IN_POSITION + 1> root_moves;
 
 // Resets the search (so search_ply is 0) and fills root_moves, without captures of the enemy king, which a

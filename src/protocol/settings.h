@@ -1,5 +1,5 @@
-// The user's settings, filled at start-up and changed by protocol options. Those of the search stand in
-// SearchSettings, the playing style with the evaluation.
+// The user's settings, filled at start-up and changed by protocol options, and the file they are read from.
+// Those of the search stand in SearchSettings, the playing style with the evaluation.
 #pragma once
 
 #include "board/types.h"

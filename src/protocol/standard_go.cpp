@@ -1,10 +1,10 @@
-// "go": all limits that it names hold together, the first that is reached ends the search. Only the clocks
-// give way to "infinite" and "ponder", and a search without any limit is endless.
+// "go" of the standard UCI, and what its searches tell the client. All limits that "go" names hold together,
+// the first that is reached ends the search. Only the clocks give way to "infinite" and "ponder", and a
+// search without any limit is endless.
 #include "protocol/standard_go.h"
 
 #include "board/position.h"
 #include "protocol/game.h"
-#include "protocol/game_clock.h"
 #include "protocol/input.h"
 #include "protocol/move_text.h"
 #include "protocol/output.h"

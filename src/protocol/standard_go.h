@@ -1,4 +1,4 @@
-// "go" of the standard UCI.
+// "go" of the standard UCI, and what its searches tell the client.
 #pragma once
 
 #include <string_view>

@@ -63,6 +63,32 @@ std::string checkers() {
     return text;
 }
 
+// ---- eval ----
+
+void print_row(const EvalTrace::Row& row) {
+    print("%-20s %7d %7d %8d %7d %8d %7d\n", row.term, row.white.mg, row.white.eg, row.black.mg, row.black.eg,
+          row.balance.mg, row.balance.eg);
+}
+
+void print_trace(const EvalTrace& trace) {
+    print("%-20s %15s %16s %16s\n", "term", "White  mg     eg", "Black  mg     eg", "balance mg    eg");
+    for (const EvalTrace::Row& row : trace.rows)
+        print_row(row);
+    if (trace.recognised) {
+        print("a known ending with a score of its own: the terms do not count\n");
+        return;
+    }
+    print("totals for the side to move: middlegame %d, endgame %d, blended %d\n", trace.mg, trace.eg,
+          trace.blended);
+    for (const Side side : {WHITE, BLACK}) {
+        const char* name = side == WHITE ? "White" : "Black";
+        if (trace.scale_shift[side] != 0)
+            print("a score for %s is divided by %d\n", name, 1 << trace.scale_shift[side]);
+        if (trace.cannot_win[side])
+            print("%s cannot win\n", name);
+    }
+}
+
 // ---- perft ----
 
 constexpr int MAX_PERFT_DEPTH = 60;
@@ -128,34 +154,6 @@ void count_games(std::string_view arguments) {
     else
         print("\nNodes searched: %" PRIu64 "\n", games);
 }
-
-namespace {
-
-void print_row(const EvalTrace::Row& row) {
-    print("%-20s %7d %7d %8d %7d %8d %7d\n", row.term, row.white.mg, row.white.eg, row.black.mg, row.black.eg,
-          row.balance.mg, row.balance.eg);
-}
-
-void print_trace(const EvalTrace& trace) {
-    print("%-20s %15s %16s %16s\n", "term", "White  mg     eg", "Black  mg     eg", "balance mg    eg");
-    for (const EvalTrace::Row& row : trace.rows)
-        print_row(row);
-    if (trace.recognised) {
-        print("a known ending with a score of its own: the terms do not count\n");
-        return;
-    }
-    print("totals for the side to move: middlegame %d, endgame %d, blended %d\n", trace.mg, trace.eg,
-          trace.blended);
-    for (const Side side : {WHITE, BLACK}) {
-        const char* name = side == WHITE ? "White" : "Black";
-        if (trace.scale_shift[side] != 0)
-            print("a score for %s is divided by %d\n", name, 1 << trace.scale_shift[side]);
-        if (trace.cannot_win[side])
-            print("%s cannot win\n", name);
-    }
-}
-
-}  // namespace
 
 void print_evaluation() {
     const EvalTrace trace = trace_evaluation();

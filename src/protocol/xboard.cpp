@@ -8,7 +8,7 @@
 #include "board/game_result.h"
 #include "board/position.h"
 #include "eval/evaluate.h"
-#include "protocol/command_line.h"
+#include "protocol/bench.h"
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
 #include "protocol/move_text.h"
@@ -19,9 +19,7 @@
 #include "protocol/thinking.h"
 #include "protocol/uci.h"
 #include "search/search_control.h"
-#include "search/search_state.h"
 #include "search/time_control.h"
-#include "search/transposition.h"
 
 #include <cstdio>
 #include <cstdlib>

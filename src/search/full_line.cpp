@@ -80,25 +80,6 @@ bool is_whole_mate(const LinePlayer& line, Score score) {
            is_checkmate();
 }
 
-}  // namespace
-
-void read_full_line(RootLine& line) {
-    LinePlayer player;
-    follow_entries(player, line.score);
-    line.moves = player.moves();
-    line.is_whole_mate = is_whole_mate(player, line.score);
-    if (line.is_whole_mate || !is_mate(line.score) || line.kind != LineKind::EXACT)
-        return;
-    player.take_back_to(0);
-    const Move first = line.moves.empty() ? Move{} : line.moves.front();
-    if (play_mate_line(player, first, line.score, mate_positions())) {
-        line.moves = player.moves();
-        line.is_whole_mate = true;
-    }
-}
-
-namespace {
-
 // A side mates in an odd number of plies and is mated in an even one.
 class MateFinder {
 public:
@@ -207,11 +188,31 @@ private:
     int positions_;
 };
 
-}  // namespace
-
+// Plays a line of exactly the length that `score` promises, a mate counted from the current position, from
+// `first` (any move when its `from` is 0) to the checkmate. Bounds of the transposition table say which moves
+// keep the mate; where they are silent a search of its own does, bounded by `positions` whose moves it lists.
+// It stores nothing and counts no nodes. Returns false, with nothing played, when there is no such line or it
+// cannot be found.
 bool play_mate_line(LinePlayer& line, const Move& first, Score score, int positions) {
     const int plies = MATE_SCORE - std::abs(score);
     return plies > 0 && MateFinder(line, positions).play_from_root(first, plies);
+}
+
+}  // namespace
+
+void read_full_line(RootLine& line) {
+    LinePlayer player;
+    follow_entries(player, line.score);
+    line.moves = player.moves();
+    line.is_whole_mate = is_whole_mate(player, line.score);
+    if (line.is_whole_mate || !is_mate(line.score) || line.kind != LineKind::EXACT)
+        return;
+    player.take_back_to(0);
+    const Move first = line.moves.empty() ? Move{} : line.moves.front();
+    if (play_mate_line(player, first, line.score, mate_positions())) {
+        line.moves = player.moves();
+        line.is_whole_mate = true;
+    }
 }
 
 }  // namespace quelmar

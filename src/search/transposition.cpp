@@ -102,8 +102,8 @@ void release(BucketBlock block) {
 void release_in_background(BucketBlock block) {
     try {
         std::thread([block] { release(block); }).detach();
-    } catch (const std::system_error&) {  // no more threads for us
-        release(block);
+    } catch (const std::system_error&) {
+        release(block);  // no more threads for us
     }
 }
 

@@ -25,8 +25,8 @@ void build_index_tables();
 // of the first group of the name. `first` and `second` hold the men of the two groups, as many as the name
 // says; `mirror` is 1 when the colours were exchanged to get there. `ep_square` is the square a capturing
 // pawn would go to, else NO_EP_SQUARE; where no pawn can capture it makes no difference. For a legal position
-// the result is below the ending's entry count; for others it is NO_INDEX or some number
-// below the index range.
+// the result is below the ending's entry count; for others it is NO_INDEX or some number below the index
+// range.
 u32 table_index(int ending, Side side, const SideSquares& first, const SideSquares& second, int ep_square,
                 int mirror);
 

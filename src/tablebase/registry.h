@@ -59,8 +59,7 @@ TableRecord& table_record(int ending, Side side);
 
 int count_registered_tables();  // files, that is
 
-// The table, which must be registered, does not count as such from now on; table_reports.tell
-// says so.
+// The table, which must be registered, does not count as such from now on; table_reports.tell says so.
 void drop_table(TableRecord& table, const char* reason);
 
 // Opens a regular file for reading bytes; empty when that fails.
