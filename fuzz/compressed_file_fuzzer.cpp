@@ -5,7 +5,6 @@
 #include "tablebase/compressed_file.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <vector>
 
 namespace {

@@ -29,8 +29,6 @@ constexpr Table<u32, LONG_LAG> random_seed_table = {
 Table<u32, LONG_LAG> random_state = random_seed_table;
 int random_j = FIRST_J, random_k = FIRST_K;
 
-}  // namespace
-
 u32 random32() {
     u32& slot = random_state[random_k];
     slot += random_state[random_j];
@@ -39,11 +37,14 @@ u32 random32() {
     return slot;
 }
 
+// Two draws, the first in the low half.
 u64 random64() {
     const u64 low = random32();
     const u64 high = random32();
     return high << 32 | low;
 }
+
+}  // namespace
 
 // The order fixes which draw lands where.
 void init_hash_keys() {

@@ -1,15 +1,12 @@
-// Random numbers and the Zobrist keys made of them. The generator is deterministic: every run of the
-// program has the same keys. Castling rights and the en-passant square are not part of a key.
+// The Zobrist keys, random numbers of a deterministic generator: every run of the program has the same keys.
+// Castling rights and the en-passant square are not part of a key.
 #pragma once
 
 #include "board/types.h"
 
 namespace quelmar {
 
-u32 random32();  // next number of the additive lagged Fibonacci generator
-u64 random64();  // two draws, the first in the low half
-
-// Fills the key tables. Must be the first thing to draw numbers; call once, at start-up.
+// Fills the key tables; call once, at start-up.
 void init_hash_keys();
 
 // Both compute the key of the current position from the board alone.

@@ -265,14 +265,4 @@ u32 pawn_key_after_move(u32 pawn_key, const Move* move) {
     return pawn_key;
 }
 
-void push_key_after_move(PackedMove packed) {
-    const HashKey key = key_after_packed_move(position.current().key, packed);
-    ++position.game_ply;
-    position.current().key = key;
-}
-
-void pop_key_after_move() {
-    --position.game_ply;
-}
-
 }  // namespace quelmar

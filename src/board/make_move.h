@@ -41,8 +41,4 @@ HashKey key_after_packed_move(HashKey key, PackedMove packed);
 
 u32 pawn_key_after_move(u32 pawn_key, const Move* move);
 
-// Key lookahead: opens a stack entry in which nothing but `key` may be read, and closes it again.
-void push_key_after_move(PackedMove packed);
-void pop_key_after_move();
-
 }  // namespace quelmar

@@ -115,10 +115,10 @@ consteval DifferenceTable distance_table() {
     return table;
 }
 
-// The step back from a target to a man that reached it by one of `offsets`.
-consteval DifferenceTable step_table(const Table<int, 8>& offsets) {
+// The step back from a target to a knight that reached it.
+consteval DifferenceTable knight_table() {
     DifferenceTable table;
-    for (const int offset : offsets)
+    for (const int offset : knight_offsets)
         set_entry(table, -offset, -offset);
     return table;
 }
@@ -132,12 +132,15 @@ consteval void add_lines(DifferenceTable& table, const Table<int, 4>& directions
     }
 }
 
-consteval DifferenceTable line_table(bool diagonals, bool orthogonals) {
+consteval DifferenceTable diagonals_table() {
     DifferenceTable table;
-    if (diagonals)
-        add_lines(table, bishop_directions);
-    if (orthogonals)
-        add_lines(table, rook_directions);
+    add_lines(table, bishop_directions);
+    return table;
+}
+
+consteval DifferenceTable lines_table() {
+    DifferenceTable table = diagonals_table();
+    add_lines(table, rook_directions);
     return table;
 }
 
@@ -160,10 +163,8 @@ constexpr Table<SquareValues, 13> piece_square = {SquareValues{},
 constexpr SquareValues king_endgame_square = KING_ENDGAME_PLACEMENT;
 
 constexpr DifferenceTable distance = distance_table();
-constexpr DifferenceTable knight_direction = step_table(knight_offsets);
-constexpr DifferenceTable king_direction = step_table(king_offsets);
-constexpr DifferenceTable bishop_direction = line_table(true, false);
-constexpr DifferenceTable rook_direction = line_table(false, true);
-constexpr DifferenceTable line_step = line_table(true, true);
+constexpr DifferenceTable knight_direction = knight_table();
+constexpr DifferenceTable bishop_direction = diagonals_table();
+constexpr DifferenceTable line_step = lines_table();
 
 }  // namespace quelmar

@@ -71,7 +71,7 @@ extern const DifferenceTable distance;
 
 // The step from b towards a when a man of that kind on a attacks b on an empty board, else 0.
 // Index: a - b.
-extern const DifferenceTable knight_direction, bishop_direction, rook_direction, king_direction;
+extern const DifferenceTable knight_direction, bishop_direction;
 extern const DifferenceTable line_step;  // bishop and rook lines together
 
 }  // namespace quelmar

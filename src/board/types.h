@@ -5,10 +5,10 @@
 // 0..255, and on OFF_BOARD when it leaves the board, so that no generator compares coordinates.
 #pragma once
 
-#include <array>
 #include <cassert>
 #include <cstdint>
 #include <cstdlib>
+#include <initializer_list>  // of loops over {WHITE, BLACK}
 #include <type_traits>
 
 namespace quelmar {

@@ -4,7 +4,6 @@
 // The value of a square, 0 to 7, is worked out for all squares at once, as three sets of which each holds one
 // of its bits. Moved beside each other into one word, the three sets weigh with five counts: one per bit of
 // what a square of a set is worth.
-#include "board/square_tables.h"
 #include "eval/eval_context.h"
 
 namespace quelmar {

@@ -6,6 +6,8 @@
 // speak about one side, and a later one overrules an earlier one, so their order is part of the result.
 #include "eval/endings.h"
 
+#include "board/square_tables.h"
+
 namespace quelmar {
 
 namespace {

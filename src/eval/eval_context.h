@@ -5,7 +5,6 @@
 #pragma once
 
 #include "board/position.h"
-#include "board/square_tables.h"
 #include "eval/exchange.h"
 #include "eval/outputs.h"
 #include "eval/pawns.h"

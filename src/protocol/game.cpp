@@ -1,6 +1,5 @@
 #include "protocol/game.h"
 
-#include "board/generate.h"
 #include "board/make_move.h"
 #include "board/position.h"
 #include "eval/outputs.h"
@@ -14,7 +13,6 @@
 #include "search/time_control.h"
 #include "search/transposition.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <utility>
 

@@ -4,7 +4,6 @@
 #include "protocol/protocol_state.h"
 #include "protocol/text_values.h"
 
-#include <algorithm>
 #include <span>
 
 namespace quelmar {

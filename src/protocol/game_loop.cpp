@@ -10,7 +10,6 @@
 
 #include "board/game_result.h"
 #include "board/position.h"
-#include "board/setup.h"
 #include "eval/evaluate.h"
 #include "protocol/game.h"
 #include "protocol/input.h"

@@ -8,7 +8,6 @@
 #include "search/transposition.h"
 #include "tablebase/probe.h"
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>

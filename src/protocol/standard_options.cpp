@@ -14,7 +14,6 @@
 #include "tablebase/registry.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <span>
 #include <string>
 

@@ -13,6 +13,7 @@
 #include "protocol/text_values.h"
 #include "protocol/uci.h"
 #include "search/search_control.h"
+#include "search/search_state.h"
 #include "search/time_control.h"
 
 #include <algorithm>

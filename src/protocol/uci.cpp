@@ -2,7 +2,6 @@
 
 #include "board/position.h"
 #include "protocol/game.h"
-#include "protocol/game_clock.h"
 #include "protocol/input.h"
 #include "protocol/move_text.h"
 #include "protocol/output.h"
@@ -179,12 +178,35 @@ void run_command(std::string_view line) {
         command->run_with(line);
 }
 
+// A line with its "\n"; what is no command is ignored.
+void dispatch_command(std::string_view line) {
+    echo_when_debugging(line);
+    run_command(line);
+}
+
+// The same for a line that arrives in the middle of a search: "stop" and "ponderhit" act on it; what would
+// change the position, the table or the settings, or would search itself, waits until it has returned.
+void dispatch_during_search(std::string_view line) {
+    const Command* command = find_command(COMMANDS, line);
+    if (line.starts_with("stop")) {
+        search_control.abort_search = true;
+    } else if (line.starts_with("ponderhit")) {
+        if (search_control.ponder_state == Pondering::YES)
+            search_control.ponder_state = Pondering::HIT;
+    } else if (command && command->during_search == AFTER_SEARCH) {
+        echo_when_debugging(line);
+        run_after_search(std::string(line));
+    } else {
+        dispatch_command(line);
+    }
+}
+
 }  // namespace
 
 void enter_uci() {
     state.uci_mode = true;
     search_control.counts_moves_left = true;
-    set_search_line_handler(dispatch_uci_during_search);
+    set_search_line_handler(dispatch_during_search);
     state.xboard_mode = false;
     // No UCI command ends these, and a search under them would have no end.
     search_control.analyze_mode = false;
@@ -197,7 +219,7 @@ void enter_uci() {
         if (const auto line = take_pending_command())
             run_command(*line);
         else
-            dispatch_uci_command(read_command());
+            dispatch_command(read_command());
     }
 }
 
@@ -212,26 +234,6 @@ void print_best_move() {
     if (length > 1)
         print(" ponder %s", move_text(search_state.pv[1]).c_str());
     print("\n");
-}
-
-void dispatch_uci_command(std::string_view line) {
-    echo_when_debugging(line);
-    run_command(line);
-}
-
-void dispatch_uci_during_search(std::string_view line) {
-    const Command* command = find_command(COMMANDS, line);
-    if (line.starts_with("stop")) {
-        search_control.abort_search = true;
-    } else if (line.starts_with("ponderhit")) {
-        if (search_control.ponder_state == Pondering::YES)
-            search_control.ponder_state = Pondering::HIT;
-    } else if (command && command->during_search == AFTER_SEARCH) {
-        echo_when_debugging(line);
-        run_after_search(std::string(line));
-    } else {
-        dispatch_uci_command(line);
-    }
 }
 
 }  // namespace quelmar

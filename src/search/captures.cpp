@@ -2,7 +2,6 @@
 
 #include "board/generate_core.h"
 #include "board/reach.h"
-#include "board/square_tables.h"
 #include "eval/exchange.h"
 #include "eval/outputs.h"
 

@@ -2,7 +2,6 @@
 // series of null-window searches: the first asks whether the previous iteration's score still holds, the
 // following ones walk up or down from the answer in growing steps until the two bounds meet. The
 // transposition table makes the repetitions cheap.
-#include "board/generate.h"
 #include "board/position.h"
 #include "search/principal_variation.h"
 #include "search/root_lines.h"

@@ -9,7 +9,6 @@
 #include "board/generate.h"
 #include "board/make_move.h"
 #include "board/position.h"
-#include "search/search_control.h"
 #include "search/search_limits.h"
 #include "search/search_state.h"
 #include "search/transposition.h"

@@ -2,7 +2,6 @@
 
 #include "board/position.h"
 #include "search/search_control.h"
-#include "search/search_reports.h"
 #include "search/transposition.h"
 
 #include <bit>

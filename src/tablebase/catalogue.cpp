@@ -1,7 +1,5 @@
 #include "tablebase/catalogue.h"
 
-#include <cstddef>
-
 namespace quelmar {
 namespace {
 

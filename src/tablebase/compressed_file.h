@@ -23,6 +23,7 @@
 
 #include "tablebase/huffman.h"
 
+#include <array>
 #include <cstdio>
 
 namespace quelmar {

@@ -7,7 +7,6 @@
 #include "tablebase/registry.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace quelmar {
 

@@ -5,12 +5,8 @@
 
 namespace quelmar {
 
-static std::size_t total_bytes = 0;
-
 void* try_allocate_table_memory(std::size_t bytes) {
-    void* memory = std::malloc(bytes == 0 ? 1 : bytes);
-    total_bytes += memory != nullptr ? bytes : 0;
-    return memory;
+    return std::malloc(bytes == 0 ? 1 : bytes);
 }
 
 void* allocate_table_memory(std::size_t bytes) {
@@ -24,10 +20,6 @@ void* allocate_table_memory(std::size_t bytes) {
 
 void free_table_memory(void* memory) {
     std::free(memory);
-}
-
-std::size_t table_memory_total() {
-    return total_bytes;
 }
 
 }  // namespace quelmar

@@ -1,5 +1,5 @@
-// All memory of the endgame tables goes through one routine, which counts it and ends the process when there
-// is none left: an engine without the tables it was told to use would play on silently weaker.
+// All memory of the endgame tables goes through one routine, which ends the process when there is none left:
+// an engine without the tables it was told to use would play on silently weaker.
 #pragma once
 
 #include <cstddef>
@@ -13,9 +13,6 @@ void* allocate_table_memory(std::size_t bytes);
 // nullptr when there is not so much.
 void* try_allocate_table_memory(std::size_t bytes);
 void free_table_memory(void* memory);
-
-// Bytes asked for since the program started.
-std::size_t table_memory_total();
 
 // Lets the standard containers take their memory here.
 template <typename T> struct TableAllocator {

@@ -4,6 +4,7 @@
 #include "tablebase/compressed_file.h"
 #include "tablemaker/workers.h"
 
+#include <array>
 #include <span>
 #include <vector>
 

@@ -3,6 +3,7 @@
 #include "tablemaker/block_parser.h"
 #include "tablemaker/prefix_code.h"
 
+#include <array>
 #include <string_view>
 
 namespace quelmar::tablemaker {

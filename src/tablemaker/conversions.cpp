@@ -1,6 +1,5 @@
 #include "tablemaker/conversions.h"
 
-#include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
 #include "tablemaker/men.h"
 #include "tablemaker/values.h"

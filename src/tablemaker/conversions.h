@@ -4,6 +4,7 @@
 
 #include "tablemaker/table_store.h"
 
+#include <array>
 #include <memory>
 
 namespace quelmar::tablemaker {

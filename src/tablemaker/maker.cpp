@@ -7,8 +7,10 @@
 #include "tablemaker/numbering.h"
 #include "tablemaker/solver.h"
 #include "tablemaker/table_file.h"
+#include "tablemaker/values.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 
 namespace quelmar::tablemaker {

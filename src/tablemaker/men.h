@@ -6,6 +6,7 @@
 #include "tablebase/index.h"
 #include "tablemaker/attacks.h"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -11,6 +11,7 @@
 
 #include "tablemaker/men.h"
 
+#include <array>
 #include <vector>
 
 namespace quelmar::tablemaker {

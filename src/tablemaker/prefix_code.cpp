@@ -1,6 +1,7 @@
 #include "tablemaker/prefix_code.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <functional>
 #include <queue>

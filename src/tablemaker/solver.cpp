@@ -3,6 +3,7 @@
 #include "tablebase/catalogue.h"
 #include "tablemaker/error.h"
 #include "tablemaker/men.h"
+#include "tablemaker/values.h"
 
 #include <algorithm>
 

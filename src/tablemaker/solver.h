@@ -14,7 +14,6 @@
 #include "tablemaker/conversions.h"
 #include "tablemaker/numbering.h"
 #include "tablemaker/progress.h"
-#include "tablemaker/values.h"
 #include "tablemaker/workers.h"
 
 #include <atomic>

@@ -4,6 +4,8 @@
 #include "tablemaker/error.h"
 #include "tablemaker/table_file.h"
 
+#include <array>
+
 namespace quelmar::tablemaker {
 
 std::optional<std::filesystem::path> TableStore::find(int number, Side side) const {

@@ -1,4 +1,3 @@
-#include "board/generate.h"
 #include "board/make_move.h"
 #include "board/position.h"
 #include "board/setup.h"

@@ -1,5 +1,4 @@
 #include "board/position.h"
-#include "board/setup.h"
 #include "protocol/move_text.h"
 #include "protocol/root_moves.h"
 #include "search/search_limits.h"

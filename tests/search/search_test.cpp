@@ -1,7 +1,5 @@
 #include "board/consistency.h"
 #include "board/position.h"
-#include "eval/outputs.h"
-#include "protocol/move_text.h"
 #include "search/search.h"
 #include "search/search_control.h"
 #include "search/search_state.h"

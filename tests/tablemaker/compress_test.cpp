@@ -4,8 +4,8 @@
 #include "tablemaker/prefix_code.h"
 #include "tablemaker/table_file.h"
 
+#include <array>
 #include <gtest/gtest.h>
-#include <numeric>
 #include <random>
 
 namespace quelmar::tablemaker {

@@ -5,7 +5,6 @@
 #include "tablemaker/table_file.h"
 #include "tablemaker/verify.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
 
 namespace quelmar::tablemaker {
