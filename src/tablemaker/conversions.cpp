@@ -110,9 +110,9 @@ u8 Conversions::best_of_man(const Squares& squares, Side side, std::size_t mover
         best = better_conversion(best, promotes ? best_promotion(squares, side, capture)
                                                 : value_of(squares, side, capture));
     }
-    if (promotes && (occupied & bit(from + forward(side))) == 0)
-        best = better_conversion(best,
-                                 best_promotion(squares, side, {mover, NOBODY, EMPTY, from + forward(side)}));
+    if (promotes && (occupied & bit(from + pawn_step(side))) == 0)
+        best = better_conversion(
+            best, best_promotion(squares, side, {mover, NOBODY, EMPTY, from + pawn_step(side)}));
     return best;
 }
 
@@ -126,7 +126,7 @@ u8 Conversions::best(const Squares& squares, Side side) const {
 }
 
 u8 Conversions::best_en_passant(const Squares& squares, Side side, int victim_square) const {
-    const int passed = victim_square + forward(side);
+    const int passed = victim_square + pawn_step(side);
     const SquareSet capturers = en_passant_capturers(men_, squares, other_side(side), passed);
     const auto victim = static_cast<std::size_t>(
         std::find(squares.begin() + 2, squares.end(), victim_square) - squares.begin());

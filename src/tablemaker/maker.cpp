@@ -157,7 +157,7 @@ TableBytes in_table_order(const Solver& solver, int number, const Men& men, Side
         positions += count;
     });
     solver.for_each_en_passant_position(side, [&](const Squares& squares, int victim, u8 value) {
-        table.put(squares, victim + forward(side), value);
+        table.put(squares, victim + pawn_step(side), value);
         ++positions;
     });
     const auto empty = std::count(table.bytes().begin(), table.bytes().end(), u8{BYTE_ILLEGAL});

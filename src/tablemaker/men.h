@@ -3,8 +3,9 @@
 // WHITE here means the side of the first group of the ending's name. Squares are a1 = 0 ... h8 = 63.
 #pragma once
 
+#include "board/reach.h"
+#include "board/square_set.h"
 #include "tablebase/index.h"
-#include "tablemaker/attacks.h"
 
 #include <array>
 #include <optional>
@@ -45,6 +46,35 @@ std::string ending_name(const Men& men, Side first);
 // The number of the ending with these men, whichever side comes first in its name; 0 if there is none.
 int ending_of(const Men& men);
 
+constexpr SquareSet bit(int square) {
+    return SquareSet{1} << square;
+}
+
+// Squares that a man of `kind` (KNIGHT..KING) on `square` attacks; sliders stop at the first occupied square,
+// which still belongs to the set.
+inline SquareSet attacks(Piece kind, int square, SquareSet occupied) {
+    switch (kind) {
+    case KNIGHT:
+        return knight_reach_of(square);
+    case BISHOP:
+        return bishop_reach(square, occupied);
+    case ROOK:
+        return rook_reach(square, occupied);
+    case QUEEN:
+        return bishop_reach(square, occupied) | rook_reach(square, occupied);
+    case KING:
+        return king_reach_of(square);
+    default:
+        return NO_SQUARES;
+    }
+}
+
+// Squares that a pawn attacks.
+inline SquareSet pawn_attacks(Side side, int square) {
+    const SquareSet beside = to_west(bit(square)) | to_east(bit(square));
+    return side == WHITE ? forward<WHITE>(beside) : forward<BLACK>(beside);
+}
+
 SquareSet occupied_squares(const Men& men, const Squares& squares);
 SquareSet occupied_squares(const Men& men, const Squares& squares, Side side);
 
@@ -53,7 +83,7 @@ bool in_check(const Men& men, const Squares& squares, Side side);
 
 SideSquares side_squares(const Men& men, const Squares& squares, Side side);
 
-constexpr int forward(Side side) {
+constexpr int pawn_step(Side side) {
     return side == WHITE ? 8 : -8;
 }
 // Rank 0..7 counted from the side's own first rank.
@@ -67,7 +97,7 @@ constexpr int relative_rank(Side side, int square) {
 inline SquareSet quiet_targets(Man man, int square, SquareSet occupied) {
     if (man.kind != PAWN)
         return attacks(man.kind, square, occupied) & ~occupied;
-    const int step = forward(man.side), rank = relative_rank(man.side, square);
+    const int step = pawn_step(man.side), rank = relative_rank(man.side, square);
     if (rank == 6 || (occupied & bit(square + step)) != 0)
         return 0;
     SquareSet set = bit(square + step);
@@ -80,7 +110,7 @@ inline SquareSet quiet_targets(Man man, int square, SquareSet occupied) {
 inline SquareSet retreat_squares(Man man, int square, SquareSet occupied) {
     if (man.kind != PAWN)
         return attacks(man.kind, square, occupied) & ~occupied;
-    const int step = forward(man.side), rank = relative_rank(man.side, square);
+    const int step = pawn_step(man.side), rank = relative_rank(man.side, square);
     if (rank == 1 || (occupied & bit(square - step)) != 0)
         return 0;
     SquareSet set = bit(square - step);
@@ -114,7 +144,7 @@ void for_each_en_passant(const Men& men, const Squares& squares, Side side, cons
     for (std::size_t i = 2; i < men.count; ++i) {
         if (men.man[i] != Man{pusher, PAWN} || relative_rank(pusher, squares[i]) != 3)
             continue;
-        const int passed = squares[i] - forward(pusher), start = passed - forward(pusher);
+        const int passed = squares[i] - pawn_step(pusher), start = passed - pawn_step(pusher);
         if ((occupied & (bit(passed) | bit(start))) == 0 &&
             en_passant_capturers(men, squares, pusher, passed) != 0)
             f(static_cast<int>(squares[i]));

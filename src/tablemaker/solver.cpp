@@ -134,8 +134,8 @@ bool Solver::has_quiet_move(Side side, const Squares& squares, u32 number) const
     for (std::size_t i = 0; i < men_.count; ++i) {
         if (men_.man[i].side != side)
             continue;
-        for (SquareSet targets = quiet_targets(men_.man[i], squares[i], occupied); targets != 0;)
-            if (value_after(side, squares, number, i, pop_square(targets)) != ILLEGAL)
+        for (const int to : indices_of(quiet_targets(men_.man[i], squares[i], occupied)))
+            if (value_after(side, squares, number, i, to) != ILLEGAL)
                 return true;
     }
     return false;
@@ -210,8 +210,7 @@ u64 Solver::expand(Side side, const Squares& squares, u32 number, int ply) {
     for (std::size_t i = 0; i < men_.count; ++i) {
         if (men_.man[i].side != side)
             continue;
-        for (SquareSet origins = retreat_squares(men_.man[i], squares[i], occupied); origins != 0;) {
-            const int from = pop_square(origins);
+        for (const int from : indices_of(retreat_squares(men_.man[i], squares[i], occupied))) {
             const u32 before = numbering_.after(number, squares, i, from);
             if (before == NOWHERE || (!pawns_face_ && load(ours.value[before]) != OPEN && i >= 2) ||
                 (pawns_face_ && opens_en_passant(men_, squares, i, from, squares[i])))
@@ -227,7 +226,7 @@ u64 Solver::expand(Side side, const Squares& squares, u32 number, int ply) {
 // The same for a position with an en-passant right: only the double step of the pawn on `victim` leads there.
 u64 Solver::expand_en_passant(Side side, const Squares& squares, int victim, int ply) {
     Squares origin = squares;
-    *std::find(origin.begin() + 2, origin.end(), victim) = static_cast<u8>(victim - 2 * forward(side));
+    *std::find(origin.begin() + 2, origin.end(), victim) = static_cast<u8>(victim - 2 * pawn_step(side));
     return arrive(side, origin, ply);
 }
 
@@ -279,8 +278,8 @@ bool Solver::all_moves_lose(Side side, const Squares& squares, u32 number) const
     for (std::size_t i = 0; i < men_.count; ++i) {
         if (men_.man[i].side != side)
             continue;
-        for (SquareSet targets = quiet_targets(men_.man[i], squares[i], occupied); targets != 0;) {
-            const u8 theirs = value_after(side, squares, number, i, pop_square(targets));
+        for (const int to : indices_of(quiet_targets(men_.man[i], squares[i], occupied))) {
+            const u8 theirs = value_after(side, squares, number, i, to);
             if (theirs != ILLEGAL && !is_win(theirs))
                 return false;
         }

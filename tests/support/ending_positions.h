@@ -4,7 +4,7 @@
 
 #include "tablebase/catalogue.h"
 #include "tablebase/index.h"
-#include "tablemaker/attacks.h"
+#include "tablemaker/men.h"
 
 #include <algorithm>
 #include <cstdlib>
