@@ -20,7 +20,7 @@ Recount recount() {
         const Piece piece = position.at(index_square);
         if (!is_man(piece))
             continue;
-        const int side = side_of(piece);
+        const Side side = side_of(piece);
         count.pst[side] += placement_of(piece, index_square);
         ++count.men[side];
         count.pawns[side] += is_pawn(piece);

@@ -3,7 +3,6 @@
 #include "board/attacks.h"
 #include "board/generate.h"
 #include "board/position.h"
-#include "board/square_tables.h"
 
 namespace quelmar {
 
@@ -15,9 +14,7 @@ constexpr Table<const char*, 9> RESULT_TEXTS = {
 }  // namespace
 
 bool is_material_insufficient() {
-    const UndoRecord& here = position.current();
-    return here.pawns_us == 0 && here.pawns_them == 0 && here.material_us < ROOK_VALUE &&
-           here.material_them < ROOK_VALUE;
+    return has_bare_material(position.current());
 }
 
 const char* result_text(GameResult result) {

@@ -1,6 +1,9 @@
 // Whether the game has ended in the current position.
 #pragma once
 
+#include "board/position.h"
+#include "board/square_tables.h"
+
 namespace quelmar {
 
 // game_state() answers the first five and MATE. Those behind AGREEMENT have a winner.
@@ -16,6 +19,12 @@ inline constexpr int FIFTY_MOVES = 100;  // plies without capture, pawn move or 
 
 // Whether the current position stands for the third time within the reversible part of the game.
 bool is_threefold_repetition();
+
+// Whether neither side has pawns, or a rook's worth of pieces.
+inline bool has_bare_material(const UndoRecord& record) {
+    return record.pawns_us == 0 && record.pawns_them == 0 && record.material_us < ROOK_VALUE &&
+           record.material_them < ROOK_VALUE;
+}
 
 // Whether nothing is left on either side that could ever mate.
 bool is_material_insufficient();

@@ -265,4 +265,17 @@ u32 pawn_key_after_move(u32 pawn_key, const Move* move) {
     return pawn_key;
 }
 
+void unmake_last_move() {
+    const Move& last = position.previous().move;
+    if (last.from == 0)
+        unmake_null_move();
+    else
+        unmake_move(&last);
+}
+
+void unmake_played_move() {
+    position.search_ply = 1;  // where the move stands as seen from the position it is taken back to
+    unmake_last_move();
+}
+
 }  // namespace quelmar

@@ -21,6 +21,12 @@ void unmake_move(const Move* move);
 void make_null_move();
 void unmake_null_move();
 
+// Takes back whatever led to the current position, a move or a passed turn. Needs game_ply > 0.
+void unmake_last_move();
+// The same for a move that does not count as one of a search: the position it is taken back to has search_ply
+// 0.
+void unmake_played_move();
+
 HashKey castling_rook_key(int flags);  // what the rook's way changes, by the flag of the castling
 
 // The key after `move`, or after a null move for nullptr. An en-passant victim is keyed on `to`.

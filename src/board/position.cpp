@@ -50,7 +50,7 @@ void rebuild_piece_lists() {
         const Piece piece = position.at(square);
         if (piece == EMPTY)
             continue;
-        const int side = side_of(piece);
+        const Side side = side_of(piece);
         if (kind_of(piece) == KING) {
             king[side] = square;
             continue;

@@ -13,6 +13,7 @@
 
 #include "board/square_set.h"
 #include "board/types.h"
+#include "search/score.h"
 
 #include <span>
 #include <string>
@@ -70,7 +71,7 @@ struct UndoRecord {
 
 inline constexpr int POSITION_STACK_SIZE = 1024;
 // Entries a search and the printing of its lines may need above the game's last position.
-inline constexpr int SEARCH_HEADROOM = 2 * 80;
+inline constexpr int SEARCH_HEADROOM = 2 * MAX_PLY;
 
 struct Position {
     Table<u8, BOARD_SIZE> board{};               // OFF_BOARD outside the 64 squares, at all times
@@ -110,6 +111,12 @@ void rebuild_piece_lists();
 PieceSets piece_sets_of_board();
 
 PackedMove pack_move(const Move& move);
+
+// Whether both are the same move, whatever they say about check.
+constexpr bool same_packed_move(PackedMove a, PackedMove b) {
+    constexpr PackedMove WITHOUT_CHECK_FLAG = 0x7FFFFFFF;
+    return ((a ^ b) & WITHOUT_CHECK_FLAG) == 0;
+}
 
 // Restores the first six fields; gives_check is 0. Kinds 6 and 7 do not occur and unpack as 0.
 Move unpack_move(PackedMove packed);
@@ -167,7 +174,7 @@ void print_board();           // a diagram on standard output
 // No position that fits on 64 squares has more moves: a square can be entered along 8 lines and from 8
 // knight squares, a last rank besides by 3 pawns in 4 promotions each.
 inline constexpr int MAX_MOVES_IN_POSITION = 1200;
-inline constexpr int MOVE_LIST_PLIES = 84;
+inline constexpr int MOVE_LIST_PLIES = PLY_RECORDS;
 
 struct MoveList {
     // Room for the longest list at every ply, so that no position can overflow it; pages that no real game

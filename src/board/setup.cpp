@@ -52,7 +52,7 @@ bool is_rook_of(Side side, Square square) {
 }
 
 bool king_on_back_rank(Side side) {
-    return rank_of(position.king_square(side)) == (side == WHITE ? 0 : 7);
+    return rank_of(position.king_square(side)) == (side == WHITE ? RANK_1 : RANK_8);
 }
 
 // 0 if there is none.
@@ -120,7 +120,7 @@ CastlingRooks castling_rooks(std::string_view field, RookMeant meant) {
 // the side to move as well.
 Square possible_en_passant(std::string_view field) {
     const Side us = position.side_to_move, them = other_side(us);
-    const int skipped_rank = us == WHITE ? 5 : 2, step = -forward_of(us);  // the way the pawn went
+    const int skipped_rank = us == WHITE ? RANK_6 : RANK_3, step = -forward_of(us);  // the way the pawn went
     if (field.size() != 2 || field[0] < 'a' || field[0] > 'h' || field[1] != '1' + skipped_rank)
         return 0;
     const Square skipped = square_at(field[0] - 'a', skipped_rank);

@@ -40,14 +40,6 @@ inline int placement_of(Piece piece, Square square) {
 // Placement of either king in an endgame, not mirrored.
 extern const Table<i8, BOARD_SIZE> king_endgame_square;
 
-// Mirror a playing square in ranks (a1 <-> a8) and in files (a1 <-> h1).
-constexpr Square flip_rank(Square square) {
-    return square ^ 0xF0;
-}
-constexpr Square flip_file(Square square) {
-    return square ^ 7;
-}
-static_assert(flip_rank(A1) == A8 && flip_rank(square_at(7, 3)) == square_at(7, 4) && flip_file(A8) == H8);
 constexpr int file_mask(int file) {
     return 1 << file;
 }

@@ -116,7 +116,12 @@ inline constexpr char LOWER_LETTERS[] = " pnbrqkpnbrqk";
 inline constexpr Square FIRST_SQUARE = 64, LAST_SQUARE = 183;  // a1, h8
 inline constexpr int BOARD_SIZE = 256;
 
-// File and rank are 0..7 on the board.
+// File and rank are 0..7 on the board; the names of ranks also serve for those that a side counts from its
+// own first one.
+inline constexpr int RANK_1 = 0, RANK_2 = 1, RANK_3 = 2, RANK_4 = 3, RANK_5 = 4, RANK_6 = 5, RANK_7 = 6,
+                     RANK_8 = 7;
+inline constexpr int FILE_A = 0, FILE_B = 1, FILE_C = 2, FILE_D = 3, FILE_E = 4, FILE_F = 5, FILE_G = 6,
+                     FILE_H = 7;
 constexpr Square square_at(int file, int rank) {
     return 16 * (rank + 4) + file;
 }
@@ -147,6 +152,15 @@ constexpr auto square_of_index = [] {
 inline constexpr Square A1 = 64, B1 = 65, C1 = 66, D1 = 67, E1 = 68, F1 = 69, G1 = 70, H1 = 71;
 inline constexpr Square A8 = 176, B8 = 177, C8 = 178, D8 = 179, E8 = 180, F8 = 181, G8 = 182, H8 = 183;
 
+// Mirror a playing square in ranks (a1 <-> a8) and in files (a1 <-> h1).
+constexpr Square flip_rank(Square square) {
+    return square ^ 0xF0;
+}
+constexpr Square flip_file(Square square) {
+    return square ^ 7;
+}
+static_assert(flip_rank(A1) == A8 && flip_rank(square_at(7, 3)) == square_at(7, 4) && flip_file(A8) == H8);
+
 // Squares with a meaning of their own in the piece lists: two heads and the end.
 inline constexpr Square WHITE_LIST = 0, BLACK_LIST = 1, LIST_END = 255;
 
@@ -156,7 +170,7 @@ inline constexpr int CASTLE_WHITE_SHORT = 1, CASTLE_WHITE_LONG = 2, CASTLE_BLACK
 
 // What differs between the sides, for code that is written once as a template.
 template <Side Us> struct Facing {
-    static constexpr Side THEM = Us ^ 1;
+    static constexpr Side THEM = other_side(Us);
     static constexpr int SIGN = Us == WHITE ? 1 : -1;
     static constexpr int FORWARD = forward_of(Us);
     static constexpr Piece OUR_PAWN = man_of(Us, PAWN), OUR_KNIGHT = man_of(Us, KNIGHT),
@@ -174,10 +188,9 @@ template <Side Us> struct Facing {
     }
     // Rank 0..7 counted from our own first rank.
     static constexpr int rank(Square square) { return Us == WHITE ? rank_of(square) : 7 - rank_of(square); }
-    // A square as White sees it, turned into the one in the same place for `Us`.
-    static constexpr Square mirror(Square white_square) {
-        return Us == WHITE ? white_square : square_at(file_of(white_square), 7 - rank_of(white_square));
-    }
+    // A playing square as White sees it, turned into the one in the same place for `Us`, and the other way
+    // round too.
+    static constexpr Square mirror(Square square) { return Us == WHITE ? square : flip_rank(square); }
 };
 
 // A move as the generators write it, in one word.

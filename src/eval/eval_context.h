@@ -60,7 +60,8 @@ struct EvalContext {
     int total_non_pawn() const { return terms[WHITE].non_pawn + terms[BLACK].non_pawn; }
 };
 
-// Up to this much on the board, pawns included, endings are looked for and kings are safe.
+// Up to this much on the board, pawns included, endings are looked for and kings are safe. Less than what
+// the search calls endgame material.
 inline constexpr int ENDING_MATERIAL = 3328;
 // From this much non-pawn material on the middlegame total alone counts, from the former down the endgame's.
 inline constexpr int MIDDLEGAME_MATERIAL = 4608;

@@ -156,7 +156,7 @@ bool pawn_captures(Piece pawn, int direction) {
 
 // Sliders join the line behind whatever lets them through: other sliders of the line and a capturing pawn.
 void add_line(BothCapturers& capturers, Square to, int direction) {
-    const bool diagonal = direction != 1 && direction != -1 && direction != 16 && direction != -16;
+    const bool diagonal = is_diagonal(direction);
     for (Square square = to + direction;; square += direction) {
         const Piece man = position.at(square);
         if (man == EMPTY)

@@ -123,10 +123,10 @@ template <Side Us> int king_danger(const EvalContext& context) {
     const SquareSet far = forward<Us>(front);
     const AttackMap& enemy = attacks_of(Facing<Us>::THEM);
     const SquareSet attacked = near & enemy.attacked;
-    const int count = KING_ZONE_BASE[seen_by<Us>(king)] + size_of(front & ~position.sets.of_side(Us)) +
+    const int count = KING_ZONE_BASE[Facing<Us>::mirror(king)] + size_of(front & ~position.sets.of_side(Us)) +
                       size_of(attacked) + size_of(attacked & attacks_of(Us).king_alone());
     const int index = count + ATTACKER_KINDS[kinds_on(near | far, enemy)];
-    const int danger = DANGER[std::min(index, static_cast<int>(DANGER.size()) - 1)];
+    const int danger = DANGER[std::min(index, DANGER.size() - 1)];
     return -(danger * context.of(Facing<Us>::THEM).non_pawn) >> DANGER_SHIFT;  // rounds down
 }
 
@@ -138,7 +138,7 @@ bool king_side_king(Square king) {
 }
 
 // Advanced pawns before an enemy king that has gone to the other wing than ours.
-template <Side Us> int storm(const EvalContext& context) {
+template <Side Us> int pawn_storm(const EvalContext& context) {
     const Square own = context.of(Us).king, enemy = context.of(Facing<Us>::THEM).king;
     if (queen_side_king(own) && king_side_king(enemy))
         return context.pawns.of(Us).storm_king_side;
@@ -163,7 +163,7 @@ template <Side Us> int boxed_rook(const EvalContext& context) {
     constexpr int BOXED = -64, BOXED_FOR_GOOD = -94;
     constexpr Square H2 = square_at(FILE_H, RANK_2), G2 = square_at(FILE_G, RANK_2),
                      H3 = square_at(FILE_H, RANK_3), A2 = square_at(FILE_A, RANK_2);
-    const Square king = seen_by<Us>(context.of(Us).king);
+    const Square king = Face::mirror(context.of(Us).king);
     const auto rook_on = [](Square place) { return man_on<Us>(place) == Face::OUR_ROOK; };
     const auto pawn_on_file = [&](int file) {
         return (context.pawns.of(Us).pawn_files & file_mask(file)) != 0;
@@ -204,7 +204,7 @@ template <Side Us> int development(const EvalContext& context) {
                   BLOCKED_ROOK * size_of(position.sets.of_man(Facing<Us>::OUR_ROOK) & pawn_files);
     for (const int index : indices_of(position.sets.of_man(Facing<Us>::OUR_BISHOP) & HOME))
         at_home += bishop_at_home<Us>(square_of(index));
-    return DEVELOPMENT[std::min(at_home, static_cast<int>(DEVELOPMENT.size()) - 1)];
+    return DEVELOPMENT[std::min(at_home, DEVELOPMENT.size() - 1)];
 }
 
 template <Side Us> KingScore score_king(const EvalContext& context) {
@@ -213,7 +213,7 @@ template <Side Us> KingScore score_king(const EvalContext& context) {
         if (style_has_shelter())
             score.shelter = shelter<Us>(context);
         score.danger = king_danger<Us>(context);
-        score.storm = storm<Us>(context);
+        score.storm = pawn_storm<Us>(context);
     }
     score.boxed_rook = boxed_rook<Us>(context);
     score.development = development<Us>(context);

@@ -10,6 +10,7 @@
 
 #include "board/square_set.h"
 #include "board/types.h"
+#include "search/score.h"
 
 #ifdef __SSE2__
 #include <emmintrin.h>
@@ -122,7 +123,7 @@ struct PlyOutputs {
 };
 
 // Indexed by search_ply. Written by evaluate() only.
-inline Table<PlyOutputs, 84> ply_outputs;
+inline Table<PlyOutputs, PLY_RECORDS> ply_outputs;
 
 inline PlyOutputs& outputs_at(int ply) {
     return ply_outputs[ply];

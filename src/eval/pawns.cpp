@@ -118,7 +118,7 @@ template <Side Us> int chain_bonus(Square pawn) {
 }
 
 template <Side Us> int storm_value(const SquareValues& table, Square pawn) {
-    const int value{table[seen_by<Us>(pawn)]};
+    const int value{table[Facing<Us>::mirror(pawn)]};
     return beside_own_pawn<Us>(pawn) ? value + (value >> 1) : value;
 }
 

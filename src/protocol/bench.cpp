@@ -117,7 +117,7 @@ u64 search_position(const std::string& line) {
 }
 
 void print_summary(u64 nodes, i32 elapsed_ms) {
-    const float seconds = static_cast<float>(elapsed_ms / 1000.0);
+    const float seconds = static_cast<float>(seconds_of(elapsed_ms));
     const float least = 0.001f;  // a suite without positions takes no time at all
     const float nodes_per_second = static_cast<float>(nodes) / std::max(seconds, least);
     std::printf("%" PRIu64 " nodes searched, %f seconds.\n", nodes, static_cast<double>(seconds));
@@ -148,7 +148,6 @@ bool run_bench(std::string_view arguments) {
 }
 
 void run_epd_test(const char* file_name, std::string_view seconds_text) {
-    constexpr i64 MS_PER_SECOND = 1000;
     time_control.kind = ClockKind::PER_MOVE;
     time_control.base_ms = clamp_to_i32(read_number(seconds_text).value_or(0) * MS_PER_SECOND);
     search_control.test_mode = true;
@@ -173,7 +172,7 @@ void run_benchmark() {
     set_up_game(BENCHMARK_POSITION);
     SideClock& clock = position.current().clock[position.side_to_move];
     clock.kind = ClockKind::PER_MOVE;
-    clock.time_left_ms = 1000 * BENCHMARK_SECONDS;
+    clock.time_left_ms = MS_PER_SECOND * BENCHMARK_SECONDS;
 
     // Analysis and pondering know no end.
     const bool analyze_mode = std::exchange(search_control.analyze_mode, false);

@@ -91,9 +91,7 @@ void play_game_move(const Move& move) {
 }
 
 void take_back_game_move() {
-    const Move last = position.previous().move;
-    position.search_ply = 1;  // where the move stands as seen from the position it is taken back to
-    unmake_move(&last);
+    unmake_played_move();
 }
 
 void charge_clock() {

@@ -16,8 +16,8 @@ namespace quelmar {
 // reopens the game and resets the search. After an error there is no usable position.
 FenError set_up_game(const char* text);
 
-// The same; an error is told in the words of the first program, "Error in EPD line1" to "line3". Returns
-// whether there is a position.
+// The same; an error is told in the words of quelmar, "Error in EPD line1" to "line3". Returns whether
+// there is a position.
 bool set_up_or_report(const char* text);
 
 // The start position, with all flags and clocks as a game begins; the engine has Black.

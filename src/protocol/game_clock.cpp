@@ -3,6 +3,7 @@
 #include "board/position.h"
 #include "protocol/protocol_state.h"
 #include "protocol/text_values.h"
+#include "search/time_control.h"
 
 #include <span>
 
@@ -12,7 +13,7 @@ TimeControl time_control;
 
 namespace {
 
-constexpr i64 MS_PER_SECOND = 1000, MS_PER_MINUTE = 60000, MS_PER_CENTISECOND = 10;
+constexpr i64 MS_PER_MINUTE = 60 * MS_PER_SECOND, MS_PER_CENTISECOND = 10;
 
 std::span<UndoRecord> played_entries() {
     return std::span(position.position_stack).first(static_cast<std::size_t>(position.game_ply) + 1);

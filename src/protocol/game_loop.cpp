@@ -24,6 +24,7 @@
 #include "search/time_control.h"
 
 #include <cstdio>
+#include <cstdlib>
 
 namespace quelmar {
 
@@ -63,10 +64,9 @@ void resign_when_hopeless() {
 // mate, which the opponent may still have to find.
 void count_towards_resigning() {
     constexpr int LOST_SCORE = -640, WON_FOR_OPPONENT = 512;  // 128ths of a pawn
-    constexpr Score BEING_MATED = -28999;
     const Score score = search_state.last_score;
-    const bool hopeless =
-        score * search_settings.grain() < LOST_SCORE && evaluate() > WON_FOR_OPPONENT && score >= BEING_MATED;
+    const bool hopeless = score * search_settings.grain() < LOST_SCORE && evaluate() > WON_FOR_OPPONENT &&
+                          score >= -MATE_DISPLAY_LIMIT;
     state.resign_count = hopeless ? state.resign_count + 1 : 0;
 }
 
@@ -107,13 +107,13 @@ void think_and_move() {
 }
 
 bool may_ponder() {
-    constexpr int LAST_HALFMOVE_CLOCK = 97;                      // the ponder move and ours still fit
-    constexpr Score LOSING_MATE = -29800, LAST_WINNING = 29799;  // nothing to find out beyond
+    constexpr int LAST_HALFMOVE_CLOCK = 97;   // the ponder move and ours still fit
+    constexpr Score DECIDED = TT_MATE_LIMIT;  // nothing to find out beyond
     return position.usable && state.ponder_move.from != 0 && !state.force_mode &&
            !search_control.analyze_mode && !search_control.abort_search && !state.easy_mode &&
            !state.game_over && search_state.pv_length >= 2 && position.game_ply >= 1 &&
            position.current().halfmove_clock <= LAST_HALFMOVE_CLOCK &&
-           search_state.last_score > LOSING_MATE && search_state.last_score <= LAST_WINNING &&
+           std::abs(search_state.last_score) < DECIDED &&
            find_legal(state.ponder_move).from != 0;  // moves may have been taken back since it was predicted
 }
 

@@ -16,6 +16,13 @@ CastlingText castling_notation = CastlingText::LETTERS;
 
 namespace {
 
+char file_letter(Square square) {
+    return static_cast<char>('a' + file_of(square));
+}
+char rank_digit(Square square) {
+    return static_cast<char>('1' + rank_of(square));
+}
+
 constexpr int SHORT_CASTLINGS = CASTLE_WHITE_SHORT | CASTLE_BLACK_SHORT;
 constexpr int LONG_CASTLINGS = CASTLE_WHITE_LONG | CASTLE_BLACK_LONG;
 
@@ -115,7 +122,7 @@ void print_what_is_legal() {
 }  // namespace
 
 std::string square_text(Square square) {
-    return {static_cast<char>('a' + file_of(square)), static_cast<char>('1' + rank_of(square))};
+    return {file_letter(square), rank_digit(square)};
 }
 
 std::string move_text(const Move& move) {
@@ -163,13 +170,6 @@ std::string letter_of(Piece kind) {
     const auto index = static_cast<std::size_t>(kind - PAWN);
     return index < settings.piece_letters.size() ? std::string(1, settings.piece_letters[index])
                                                  : std::string();
-}
-
-char file_letter(Square square) {
-    return static_cast<char>('a' + file_of(square));
-}
-char rank_digit(Square square) {
-    return static_cast<char>('1' + rank_of(square));
 }
 
 std::string pawn_san(const Move& move) {

@@ -40,29 +40,15 @@ struct RootView::Saved {
     decltype(ply_outputs) ply_outputs_then = ply_outputs;
 };
 
-namespace {
-
-void step_back() {
-    const Move last = position.previous().move;
-    if (last.from == 0)
-        unmake_null_move();
-    else
-        unmake_move(&last);
-}
-
-}  // namespace
-
 RootView::RootView() {
     if (!protocol_state.searching)
         return;
     saved_ = std::make_unique<const Saved>();
     while (position.search_ply > 0)
-        step_back();
+        unmake_last_move();
     // Behind a move that nobody has played yet; under UCI the client has set that position up itself.
-    if (search_control.ponder_state == Pondering::YES && !protocol_state.uci_mode) {
-        position.search_ply = 1;
-        step_back();
-    }
+    if (search_control.ponder_state == Pondering::YES && !protocol_state.uci_mode)
+        unmake_played_move();
 }
 
 RootView::~RootView() {

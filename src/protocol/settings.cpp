@@ -8,6 +8,7 @@
 #include "search/transposition.h"
 #include "tablebase/probe.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -43,6 +44,12 @@ void choose_style_named(std::string_view name) {
         if (begins_with_ignoring_case(name, STYLE_NAMES[number].substr(0, STYLE_LETTERS)))
             choose_style(number);
     }
+}
+
+void choose_null_reduction(int plies) {
+    constexpr int ENDGAME_MAXIMUM = 2;
+    search_settings.null_reduction = plies;
+    search_settings.null_reduction_endgame = std::min(plies, ENDGAME_MAXIMUM);
 }
 
 void set_number(int& setting, std::string_view value) {
@@ -88,7 +95,7 @@ void style(std::string_view value, int*) {
 
 void null_move(std::string_view value, int*) {
     if (value.starts_with('n'))
-        search_settings.null_reduction = search_settings.null_reduction_endgame = 0;
+        choose_null_reduction(0);
 }
 
 void tablebase_path(std::string_view value, int*) {

@@ -47,6 +47,10 @@ void choose_style(int number);
 // The same by the first letters of `name`, upper or lower case; an unknown name changes nothing.
 void choose_style_named(std::string_view name);
 
+// The null move is searched so many plies shallower, with little material on the board at most 2; 0 switches
+// it off.
+void choose_null_reduction(int plies);
+
 // Sets one setting from text; what is no number leaves it as it was.
 void set_number(int& setting, std::string_view value);
 

@@ -248,7 +248,7 @@ namespace {
 constexpr i32 BOUNDS_AFTER_MS = 1000;
 
 // A root that is mated is "mate 0"; one that may take the king has at least a move left.
-std::string score_text(Score score) {
+std::string uci_score_text(Score score) {
     if (!is_mate_score(score))
         return "cp " + std::to_string(centipawns(score));
     const int moves = score > 0 ? std::max(1, (MATE_SCORE + 1 - score) / 2) : -(score + MATE_SCORE) / 2;
@@ -269,7 +269,7 @@ void print_line(const RootLine& line, int number) {
           "score %s%s%s\n",
           line.depth, std::max(search_state.sel_depth, line.depth), elapsed, nodes,
           nodes * 1000 / std::max(elapsed, 1), tt_hashfull(), static_cast<long long>(search_state.tb_hits),
-          number, score_text(line.score).c_str(), bound_text(line.kind), variation.c_str());
+          number, uci_score_text(line.score).c_str(), bound_text(line.kind), variation.c_str());
 }
 
 void print_lines(const std::vector<RootLine>& lines) {

@@ -56,13 +56,6 @@ void set_hash(int megabytes) {
     apply_hash_size();
 }
 
-// With little material on the board the null move is searched a ply deeper than with reduction 3.
-void set_null_reduction(int plies) {
-    constexpr int ENDGAME_MAXIMUM = 2;
-    search_settings.null_reduction = plies;
-    search_settings.null_reduction_endgame = std::min(plies, ENDGAME_MAXIMUM);
-}
-
 // Which directories do not exist, and what the others hold.
 void tell_tables() {
     const std::string& path = settings.tb_path;
@@ -149,7 +142,7 @@ constexpr Option OPTIONS[] = {
      [] { return static_cast<int>(playing_style); }},
     {"Selectivity", Kind::SPIN, &search_settings.selectivity, nullptr, 0, 10},
     {"Checks in qsearch", Kind::CHECK, &search_settings.qsearch_checks},
-    {"Nullmove reduction factor", Kind::SPIN, &search_settings.null_reduction, set_null_reduction, 0, 3},
+    {"Nullmove reduction factor", Kind::SPIN, &search_settings.null_reduction, choose_null_reduction, 0, 3},
     {"Internal iterative deepening", Kind::CHECK, &search_settings.iid},
     {.name = "NalimovPath", .kind = Kind::STRING, .text = &settings.tb_path, .set_text = set_table_path},
     {"NalimovCache", Kind::SPIN, &settings.tb_cache_mb, set_table_cache, 1, MAX_CACHE_MB},

@@ -166,8 +166,6 @@ std::vector<Move> moves_named(std::string_view text) {
 
 // ---- a suite ----
 
-constexpr double MS_PER_SECOND = 1000.0;
-
 struct Solution {
     std::vector<Move> best, avoid;
     int mate_in = 0;   // moves, 0: none is asked for
@@ -258,7 +256,7 @@ void print_result(int number) {
     const char* verdict = !trial.solution.is_known() ? "-" : trial.solved_at ? "solved" : "missed";
     Table<char, 24> time{};
     if (trial.solved_at)
-        std::snprintf(time.data(), time.size(), "%.3f s", *trial.solved_at / MS_PER_SECOND);
+        std::snprintf(time.data(), time.size(), "%.3f s", seconds_of(*trial.solved_at));
     print("%4d  %-6s  %-5s  %9s  %7s%s\n", number, verdict, move_text(search_state.pv[0]).c_str(),
           time.data(), score_text(search_state.last_score).c_str(), trial.solution.text.c_str());
 }
@@ -295,8 +293,8 @@ void try_position(const std::string& line, i32 milliseconds, Totals& totals) {
 }
 
 void print_summary(const Totals& totals) {
-    const double seconds = static_cast<double>(totals.searching_ms) / MS_PER_SECOND;
-    const double mean = static_cast<double>(totals.solving_ms) / MS_PER_SECOND / std::max(totals.solved, 1);
+    const double seconds = seconds_of(totals.searching_ms);
+    const double mean = seconds_of(totals.solving_ms) / std::max(totals.solved, 1);
     constexpr double LEAST = 0.001;
     print("%d of %d solved, %.3f s each; %d positions, %.1f s, %" PRIu64 " nodes, %.0f nps\n", totals.solved,
           totals.with_solution, mean, totals.positions, seconds, totals.nodes,

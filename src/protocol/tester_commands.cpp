@@ -30,18 +30,18 @@ bool has_position() {
 
 // ---- d ----
 
-bool is_man_of(Side side, Piece kind, Square square) {
+bool stands_on(Side side, Piece kind, Square square) {
     return position.at(square) == man_of(side, kind);
 }
 
 // Whether the man that stands first on the line of `step` from the king attacks him from there.
 bool attacks_along(Square king, Square square, int step) {
     const Side them = other_side(side_of(position.at(king)));
-    if (is_man_of(them, QUEEN, square) || is_man_of(them, is_diagonal(step) ? BISHOP : ROOK, square))
+    if (stands_on(them, QUEEN, square) || stands_on(them, is_diagonal(step) ? BISHOP : ROOK, square))
         return true;
     // Seen from the king, as his enemy's pawns do.
     const bool comes_from_ahead = (step > 0) == (them == BLACK);
-    return square == king + step && is_diagonal(step) && comes_from_ahead && is_man_of(them, PAWN, square);
+    return square == king + step && is_diagonal(step) && comes_from_ahead && stands_on(them, PAWN, square);
 }
 
 // The squares of the men that check the side to move, with a blank before each.
@@ -50,7 +50,7 @@ std::string checkers() {
     const Square king = position.king_square(us);
     std::string text;
     for (const int offset : knight_offsets) {
-        if (is_man_of(other_side(us), KNIGHT, king + offset))
+        if (stands_on(other_side(us), KNIGHT, king + offset))
             text += " " + square_text(king + offset);
     }
     for (const int step : king_offsets) {

@@ -38,6 +38,7 @@ std::optional<i32> take_thousandths(std::string_view& text);
 // Takes the next word, which ends before white space, off the front of `text`; empty at the end.
 std::string_view take_word(std::string_view& text);
 
+// The same for text that is not read on.
 inline std::optional<i32> read_number(std::string_view text) {
     return take_number(text);
 }

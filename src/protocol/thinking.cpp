@@ -6,6 +6,7 @@
 #include "board/game_result.h"
 #include "board/make_move.h"
 #include "board/position.h"
+#include "board/square_tables.h"
 #include "protocol/move_text.h"
 #include "protocol/output.h"
 #include "protocol/protocol_state.h"
@@ -26,7 +27,6 @@ namespace quelmar {
 namespace {
 
 constexpr Score PLAIN_SCORE_LIMIT = 14999;  // larger ones are mates, which the grain does not divide
-constexpr int MATE_DISPLAY_LIMIT = 28999;
 constexpr int XBOARD_MATE_OFFSET = 2768;
 constexpr int XBOARD_PV_MOVES = 30;
 constexpr std::size_t CONSOLE_LINE = 41;  // characters of a variation before it is continued
@@ -257,7 +257,7 @@ void print_stat01() {
 
 void print_tellall() {
     const Score score = search_state.last_score;
-    const int scores_per_pawn = 128 / search_settings.grain();
+    const int scores_per_pawn = PAWN_VALUE / search_settings.grain();
     print("tellall depth=%d nodes=%lld score=", search_state.iteration,
           static_cast<long long>(search_state.nodes));
     if (is_mate_score(score))

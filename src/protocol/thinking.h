@@ -16,6 +16,9 @@ void print_what_the_search_says();
 // The variation is that of search_state.pv.
 void print_thinking_line(int depth, Score score, i32 elapsed_ms, u64 nodes, LineKind kind);
 
+// Scores beyond are shown as mates.
+inline constexpr Score MATE_DISPLAY_LIMIT = 28999;
+
 // The score of a line in hundredths of a pawn, for any but a mate.
 int centipawns(Score score);
 bool is_mate_score(Score score);

@@ -29,7 +29,7 @@ constexpr std::string_view ANNOUNCED[] = {
     "option name UCI_ShowRefutations type check default false",
 };
 
-constexpr int FULL_NULL_REDUCTION = 3, ENDGAME_NULL_REDUCTION = 2;  // plies
+constexpr int FULL_NULL_REDUCTION = 3;  // plies
 
 using Reader = void (*)(std::string_view value, int* setting);
 
@@ -54,20 +54,16 @@ void hash(std::string_view value, int*) {
 }
 
 void null_reduction(std::string_view value, int*) {
-    const auto plies = read_number(value);
-    if (!plies)
-        return;
-    search_settings.null_reduction = *plies;
-    search_settings.null_reduction_endgame = *plies > 1 ? ENDGAME_NULL_REDUCTION : *plies;
+    if (const auto plies = read_number(value))
+        choose_null_reduction(*plies);
 }
 
 void null_move_on(std::string_view, int*) {
-    search_settings.null_reduction = FULL_NULL_REDUCTION;
-    search_settings.null_reduction_endgame = ENDGAME_NULL_REDUCTION;
+    choose_null_reduction(FULL_NULL_REDUCTION);
 }
 
 void null_move_off(std::string_view, int*) {
-    search_settings.null_reduction = search_settings.null_reduction_endgame = 0;
+    choose_null_reduction(0);
 }
 
 void nalimov_path(std::string_view value, int*) {

@@ -93,10 +93,10 @@ private:
         for (int step : PAWN_CAPTURES<Us>) {
             const Square to = from + step;
             if (contains(enemies_, to))
-                out_ = put_move(out_, from, to, Face::rank(to) == 7 ? man_of(Us, QUEEN) : EMPTY, 0);
+                out_ = put_move(out_, from, to, Face::rank(to) == RANK_8 ? man_of(Us, QUEEN) : EMPTY, 0);
         }
         const Square ahead = from + Face::FORWARD;
-        if (Face::rank(from) == 6 && position.at(ahead) == EMPTY)
+        if (Face::rank(from) == RANK_7 && position.at(ahead) == EMPTY)
             out_ = put_move(out_, from, ahead, man_of(Us, QUEEN), 0);
     }
 

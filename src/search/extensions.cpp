@@ -16,12 +16,12 @@ namespace {
 constexpr Depth MAX_EXTENSION = ONE_PLY;
 constexpr Depth HALF_PLY = 30, THREE_QUARTERS = 45, THIRD_PLY = 20, QUARTER_PLY = 15, SIXTH_PLY = 10;
 constexpr Score PAWN_ENDING_BEST = 384;  // a side that already scores this much needs no proof of the ending
-constexpr int NULL_MOVE_MATERIAL = 647;  // more than a rook
-constexpr u64 REDUCTION_NODES = 32768;   // the history says nothing before
+constexpr int NULL_MOVE_MATERIAL = ROOK_VALUE + 1;  // more than a rook
+constexpr u64 REDUCTION_NODES = 32768;              // the history says nothing before
 constexpr int SELECTIVITY_SHIFT = 19, DEEP_REDUCTION_SHIFT = 24;
 constexpr int MAX_NULL_REDUCTION = 60;  // plies; more would only leave the range of a depth
 constexpr int RECAPTURE_FEW_PIECES = 1293, RECAPTURE_SOME_PIECES = 2497;
-constexpr int COVER_LOST = 57;
+constexpr int COVER_TO_EXTEND_FOR = 57;
 
 int total_material(const UndoRecord& here) {
     return here.material_us + here.material_them;
@@ -116,7 +116,7 @@ Depth sixth_rank_extension(const Move& move, Side side) {
 
 // The king has just lost cover. Worth a look while we are not behind; less so when we win something anyway.
 Depth king_safety_extension(int balance) {
-    if (!king_cover_lost(position.side_to_move, COVER_LOST))
+    if (!king_cover_lost(position.side_to_move, COVER_TO_EXTEND_FOR))
         return 0;
     if (position.current().threat_value_them[0] < 2) {
         if (balance >= 160)
@@ -137,12 +137,6 @@ Depth king_safety_extension(int balance) {
 bool is_pawn_move_to_rank(const Move& move, int rank_from_own_side) {
     return (move.piece == WHITE_PAWN && Facing<WHITE>::rank(move.to) == rank_from_own_side) ||
            (move.piece == BLACK_PAWN && Facing<BLACK>::rank(move.to) == rank_from_own_side);
-}
-
-bool is_without_pawns_and_rooks(const UndoRecord& here) {
-    constexpr int LESS_THAN_A_ROOK = ROOK_VALUE - 1;
-    return here.pawns_us == 0 && here.pawns_them == 0 && here.material_us <= LESS_THAN_A_ROOK &&
-           here.material_them <= LESS_THAN_A_ROOK;
 }
 
 }  // namespace
@@ -221,11 +215,11 @@ bool is_endgame_material() {
 }
 
 bool pawn_to_seventh(const Move& move) {
-    return is_pawn_move_to_rank(move, 6);
+    return is_pawn_move_to_rank(move, RANK_7);
 }
 
 bool pawn_to_sixth(const Move& move) {
-    return is_pawn_move_to_rank(move, 5);
+    return is_pawn_move_to_rank(move, RANK_6);
 }
 
 bool is_search_repetition() {
@@ -246,7 +240,7 @@ bool is_search_draw() {
     if (here.material_us == 0 && here.material_them == 0)
         return true;
     // One quiet ply is granted, so that the last capture is not called a draw when it can be punished.
-    return is_without_pawns_and_rooks(here) && is_without_pawns_and_rooks(position.back(1));
+    return has_bare_material(here) && has_bare_material(position.back(1));
 }
 
 }  // namespace quelmar

@@ -9,7 +9,8 @@
 
 namespace quelmar {
 
-inline constexpr int ENDGAME_MATERIAL = 3840;  // of both sides together, pawns included
+// Of both sides together, pawns included. The evaluation looks for endings with less (ENDING_MATERIAL).
+inline constexpr int ENDGAME_MATERIAL = 3840;
 
 // What the rules ask about the node whose moves they judge.
 struct MoveContext {

@@ -15,8 +15,6 @@ namespace quelmar {
 
 namespace {
 
-constexpr PackedMove WITHOUT_CHECK_FLAG = 0x7FFFFFFF;
-
 // Positions whose moves may be listed to complete a mate: about a millisecond on a clock, some dozens without
 // one, and some seconds for a search that was asked for the mate.
 int mate_positions() {
@@ -25,8 +23,7 @@ int mate_positions() {
 }
 
 bool is_move_of_entry(const TTEntry* entry, const Move& move) {
-    return entry != nullptr && entry->move != 0 &&
-           ((pack_move(move) ^ entry->move) & WITHOUT_CHECK_FLAG) == 0;
+    return entry != nullptr && entry->move != 0 && same_packed_move(pack_move(move), entry->move);
 }
 
 // Whether the table knows the position behind `move` to be bad enough for the opponent.
@@ -46,7 +43,7 @@ Move next_move(const std::vector<Move>& moves, Score score) {
     return found != moves.end() ? *found : Move{};
 }
 
-std::vector<Move> root_moves() {
+std::vector<Move> wanted_moves() {
     generate_root_moves();
     return {move_list.current().begin(), move_list.current().end()};
 }
@@ -57,7 +54,7 @@ bool is_at_end(const LinePlayer& line) {
 
 void follow_entries(LinePlayer& line, Score score) {
     do {
-        const Move move = next_move(line.moves().empty() ? root_moves() : legal_moves(), score);
+        const Move move = next_move(line.moves().empty() ? wanted_moves() : legal_moves(), score);
         if (move.from == 0)
             return;
         line.play(move);

@@ -3,6 +3,7 @@
 // following ones walk up or down from the answer in growing steps until the two bounds meet. The
 // transposition table makes the repetitions cheap.
 #include "board/position.h"
+#include "board/square_tables.h"
 #include "search/principal_variation.h"
 #include "search/root_lines.h"
 #include "search/root_tables.h"
@@ -71,7 +72,7 @@ void note_sharp_change(Score score) {
 struct Stepper {
     int fail_highs = 0;
     int fail_lows = 0;
-    int max_step = 128 / search_settings.grain();
+    int max_step = PAWN_VALUE / search_settings.grain();
 
     int step(int failures) const { return std::min(failures * failures, max_step); }
 
@@ -93,6 +94,7 @@ struct Stepper {
 // Whether the bounds known so far will do, since time is running out.
 bool settles_for_bounds(const Stepper& stepper) {
     constexpr int ENOUGH_FAIL_HIGHS = 3;
+    constexpr int CLOSE_BOUNDS = 32, CLEARLY_AHEAD = 64;  // 128ths of a pawn
     if (!is_time_limited() || search_state.root_lower <= -INFINITE_SCORE)
         return false;
     const i64 elapsed = elapsed_since(search_state.budget_start);
@@ -100,8 +102,8 @@ bool settles_for_bounds(const Stepper& stepper) {
     if (elapsed <= 2 * target)
         return false;
     const int grain = search_settings.grain();
-    return search_state.root_upper - search_state.root_lower <= 32 / grain ||
-           search_state.root_lower >= 64 / grain || stepper.fail_highs >= ENOUGH_FAIL_HIGHS ||
+    return search_state.root_upper - search_state.root_lower <= CLOSE_BOUNDS / grain ||
+           search_state.root_lower >= CLEARLY_AHEAD / grain || stepper.fail_highs >= ENOUGH_FAIL_HIGHS ||
            elapsed > 4 * target;
 }
 

@@ -44,6 +44,7 @@ constexpr i32 ROOT_NEWS_AFTER_MS = 1000;
 constexpr int REFUTATIONS_FROM_ITERATION = 6;
 
 constexpr int CHECK_DANGER = 65;  // a king that lost this much cover counts as having been checked
+constexpr int COVER_LOST = 20;    // and one that lost this much is in danger enough to look on
 
 // Clears what the last node at this ply left. The checks along the path are counted for the side that gave
 // them; a king whose cover has collapsed, as the last evaluation at this ply saw it, counts as checked.
@@ -87,13 +88,8 @@ void poll_when_due() {
 bool stopped_at_root() {
     if (!stop_wanted())
         return false;
-    while (position.search_ply > 0) {
-        const Move& last = position.previous().move;
-        if (last.from == 0)
-            unmake_null_move();
-        else
-            unmake_move(&last);
-    }
+    while (position.search_ply > 0)
+        unmake_last_move();
     return true;
 }
 
@@ -201,7 +197,6 @@ bool at_ply_limit(Node& node) {
 // A quiet position this far above beta is not worth a search near the horizon, unless something of ours
 // hangs: the largest danger is taken off first. A king that has just lost its cover is no quiet position.
 bool static_null_move(Node& node) {
-    constexpr int COVER_LOST = 20;
     if (node.depth > static_null_depth() || node.context.mate_threat || node.in_check() ||
         own_move_before().gives_check != 0 || node.before.extension != 0 ||
         search_state.root_lower >= FOUND_MATE_LIMIT || king_cover_lost(node.us(), COVER_LOST))
@@ -212,7 +207,7 @@ bool static_null_move(Node& node) {
 // Passing is searched a ply deeper near the horizon where a threat may hide.
 int null_reduction(const Node& node) {
     constexpr Depth NEAR_HORIZON = 240;
-    constexpr int COVER_LOST = 20, EXPOSED_KING = -64;
+    constexpr int EXPOSED_KING = -64;
     const int plies = null_move_reduction();
     if (node.depth > NEAR_HORIZON)
         return plies;

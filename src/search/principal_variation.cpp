@@ -20,13 +20,11 @@ namespace quelmar {
 
 namespace {
 
-constexpr PackedMove WITHOUT_CHECK_FLAG = 0x7FFFFFFF;
-
 Move legal_move_of(PackedMove packed) {
     generate_legal_moves();
     const auto moves = move_list.current();
     const auto found = std::find_if(moves.begin(), moves.end(), [packed](const Move& move) {
-        return ((pack_move(move) ^ packed) & WITHOUT_CHECK_FLAG) == 0;
+        return same_packed_move(pack_move(move), packed);
     });
     return found != moves.end() ? *found : Move{};
 }
@@ -94,8 +92,7 @@ void LinePlayer::play(const Move& move) {
 }
 
 void LinePlayer::take_back() {
-    position.search_ply = 1;  // where the move stands as seen from the position it is taken back to
-    unmake_move(&moves_.back());
+    unmake_played_move();
     moves_.pop_back();
 }
 

@@ -76,9 +76,9 @@ bool without_checks(const QNode& node, int limit) {
     constexpr int CHECKS_ON_THE_WAY = 2, SAFE_KING = -40;
     if (limit < node.ply)
         return true;
-    const int us = position.side_to_move;
+    const Side us = position.side_to_move;
     return search_state.at(node.ply).check_count[us] < CHECKS_ON_THE_WAY && move_before().from != 0 &&
-           outputs_at(node.ply).ply_king_danger[us ^ 1] > SAFE_KING;
+           outputs_at(node.ply).ply_king_danger[other_side(us)] > SAFE_KING;
 }
 
 bool table_cutoff(QNode& node) {

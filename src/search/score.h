@@ -17,6 +17,9 @@ inline constexpr Score TT_MATE_LIMIT = 29800;     // from here on the table stor
 inline constexpr Score FOUND_MATE_LIMIT = 29900;  // beyond this the root driver and the null move see a mate
 
 inline constexpr int MAX_PLY = 80;  // plies of a search, 0..79
+// What is kept by ply has so many records: a node clears two plies ahead, and moves are tried beyond the
+// last.
+inline constexpr int PLY_RECORDS = MAX_PLY + 4;
 inline constexpr int MAX_ITERATION = 60;
 
 }  // namespace quelmar

@@ -8,10 +8,9 @@
 
 namespace quelmar {
 
-inline constexpr int PLY_GUARD = 5;              // rules look up to five plies back, also from the root
-inline constexpr int PLY_RECORDS = MAX_PLY + 4;  // a node clears two plies ahead
-inline constexpr int MAX_PV = 51;                // moves read from the transposition table
-inline constexpr int MAX_LINE = 256;             // moves, with those that endgame tables add
+inline constexpr int PLY_GUARD = 5;   // rules look up to five plies back, also from the root
+inline constexpr int MAX_PV = 51;     // moves read from the transposition table
+inline constexpr int MAX_LINE = 256;  // moves, with those that endgame tables add
 
 // What a node leaves for its descendants and for the nodes that follow at its ply.
 struct PlyRecord {
@@ -113,8 +112,7 @@ inline bool king_cover_lost(Side side, int by) {
     const int ply = position.search_ply;
     if (ply == 0)
         return false;
-    const int colour = side;
-    return outputs_at(ply - 1).ply_king_danger[colour] - outputs_at(ply).ply_king_danger[colour] >= by;
+    return outputs_at(ply - 1).ply_king_danger[side] - outputs_at(ply).ply_king_danger[side] >= by;
 }
 
 }  // namespace quelmar

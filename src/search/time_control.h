@@ -7,6 +7,12 @@
 
 namespace quelmar {
 
+inline constexpr i64 MS_PER_SECOND = 1000;
+
+constexpr double seconds_of(i64 ms) {
+    return static_cast<double>(ms) / static_cast<double>(MS_PER_SECOND);
+}
+
 // Time of day in milliseconds. Wraps; only differences mean anything (see elapsed_since).
 i32 clock_ms();
 

@@ -27,14 +27,8 @@ constexpr int EN_PASSANT_PAIRS = 14;  // 7 that capture towards the file a, 7 to
 constexpr u64 PAWN_SQUARES = 0x00FFFFFFFFFFFF00;
 constexpr int FILE_FLIP = 7, RANK_FLIP = 56;
 
-constexpr int file(int square) {
-    return square & 7;
-}
-constexpr int rank(int square) {
-    return square >> 3;
-}
 constexpr int transpose(int square) {
-    return file(square) * 8 + rank(square);
+    return file_of_index(square) * 8 + rank_of_index(square);
 }
 constexpr u64 bit(int square) {
     return u64{1} << square;
@@ -82,21 +76,21 @@ struct View {
 };
 
 bool in_triangle(int king) {
-    return file(king) < 4 && rank(king) <= file(king);
+    return file_of_index(king) < 4 && rank_of_index(king) <= file_of_index(king);
 }
 
 void normalise(View& view, Scheme scheme, Side side, int mirror) {
-    int flip = file(view.mover.king) >= 4 ? FILE_FLIP : 0;
+    int flip = file_of_index(view.mover.king) >= 4 ? FILE_FLIP : 0;
     if (scheme == Scheme::PAWNS)
         flip ^= (side == BLACK ? RANK_FLIP : 0) ^ (mirror != 0 ? RANK_FLIP : 0);
     else
-        flip ^= rank(view.mover.king) >= 4 ? RANK_FLIP : 0;
+        flip ^= rank_of_index(view.mover.king) >= 4 ? RANK_FLIP : 0;
     view.map_squares([flip](int square) { return square ^ flip; });
     if (scheme == Scheme::PAWNS)
         return;
     const int reference = view.mover.king, other = view.waiting.king;
-    const bool off_diagonal = file(reference) != rank(reference);
-    if (!(in_triangle(reference) && (file(other) >= rank(other) || off_diagonal)))
+    const bool off_diagonal = file_of_index(reference) != rank_of_index(reference);
+    if (!(in_triangle(reference) && (file_of_index(other) >= rank_of_index(other) || off_diagonal)))
         view.map_squares(transpose);
 }
 
@@ -210,12 +204,12 @@ struct EnPassant {
 // The capture that is possible in a view. When two pawns can capture, the one towards the file a counts.
 EnPassant find_en_passant(const View& view) {
     const int target = view.ep_square;
-    if (target == NO_EP_SQUARE || rank(target) != 5 || !stands_on(view.waiting, PAWN, target - 8))
+    if (target == NO_EP_SQUARE || rank_of_index(target) != 5 || !stands_on(view.waiting, PAWN, target - 8))
         return {};
-    if (file(target) < 7 && stands_on(view.mover, PAWN, target - 7))
-        return {target - 7, file(target)};
-    if (file(target) > 0 && stands_on(view.mover, PAWN, target - 9))
-        return {target - 9, file(target) + 6};
+    if (file_of_index(target) < 7 && stands_on(view.mover, PAWN, target - 7))
+        return {target - 7, file_of_index(target)};
+    if (file_of_index(target) > 0 && stands_on(view.mover, PAWN, target - 9))
+        return {target - 9, file_of_index(target) + 6};
     return {};
 }
 

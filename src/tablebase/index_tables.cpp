@@ -6,20 +6,14 @@
 namespace quelmar {
 namespace {
 
-constexpr int file(int square) {
-    return square & 7;
-}
-constexpr int rank(int square) {
-    return square >> 3;
-}
-
 constexpr bool is_pawn_square(int square) {
-    return rank(square) > 0 && rank(square) < 7;
+    return rank_of_index(square) > 0 && rank_of_index(square) < 7;
 }
 
 // A man of `kind` on `square` attacks `king` without anything between them.
 bool touches(int kind, int square, int king) {
-    const int files = file(king) - file(square), ranks = rank(king) - rank(square);
+    const int files = file_of_index(king) - file_of_index(square),
+              ranks = rank_of_index(king) - rank_of_index(square);
     const int far = std::max(std::abs(files), std::abs(ranks));
     switch (kind) {
     case PAWN:
@@ -63,15 +57,17 @@ void fill_placement(int kind, int king) {
 }
 
 bool kings_apart(int a, int b) {
-    return std::max(std::abs(file(a) - file(b)), std::abs(rank(a) - rank(b))) > 1;
+    return std::max(std::abs(file_of_index(a) - file_of_index(b)),
+                    std::abs(rank_of_index(a) - rank_of_index(b))) > 1;
 }
 
 bool is_reference(Scheme scheme, int reference, int other) {
     if (scheme == Scheme::PAWNS)
-        return file(reference) < 4;
-    if (file(reference) >= 4 || rank(reference) > file(reference))
+        return file_of_index(reference) < 4;
+    if (file_of_index(reference) >= 4 || rank_of_index(reference) > file_of_index(reference))
         return false;
-    return rank(reference) < file(reference) || rank(other) <= file(other);
+    return rank_of_index(reference) < file_of_index(reference) ||
+           rank_of_index(other) <= file_of_index(other);
 }
 
 void number_king_pairs(Scheme scheme) {

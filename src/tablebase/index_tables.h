@@ -11,6 +11,13 @@
 
 namespace quelmar {
 
+constexpr int file_of_index(int square) {
+    return square & 7;
+}
+constexpr int rank_of_index(int square) {
+    return square >> 3;
+}
+
 // Kinds of placement: 1..5 are the kinds of men, PAWN..QUEEN, that must not touch the king they face.
 inline constexpr int FREE_PAWN = 0;  // a pawn that may give check: its side is not on move
 inline constexpr int PLACEMENT_KINDS = 6;

@@ -39,7 +39,7 @@ def compare(first, second):
 
 
 def check_searches(programs):
-    """The first program starts afresh for every search, the second is told that a new game begins."""
+    """quelmar starts afresh for every search, quelmar-uci is told that a new game begins."""
     with Engine(programs[1]) as standard:
         standard.say("uci", "setoption name Hash value %d" % HASH_MB)
         standard.await_match("^uciok$")
