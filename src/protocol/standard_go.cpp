@@ -197,8 +197,8 @@ SearchLimits limits_of(const GoArguments& go) {
 }
 
 // A player of limited strength does not think on the opponent's time: whatever he found would come on top of
-// his budget.
-void wait_out_pondering() {
+// his budget. Returns whether the move is wanted at once.
+bool wait_out_pondering() {
     search_control.ponder_state = Pondering::YES;
     search_control.abort_search = false;
     protocol_state.searching = true;
@@ -207,13 +207,14 @@ void wait_out_pondering() {
         poll_input();
     }
     protocol_state.searching = false;
+    return search_control.abort_search;
 }
 
 void limit_strength(GoArguments& go) {
     if (!is_strength_limited() || go.infinite || (!go.ponder && !go.has_limit()))
         return;
-    if (go.ponder)
-        wait_out_pondering();
+    if (go.ponder && wait_out_pondering())
+        go.depth = 1;  // the search itself begins without the stop
     go.ponder = false;
     go.nodes = std::min<i64>(go.nodes.value_or(std::numeric_limits<i64>::max()),
                              static_cast<i64>(nodes_of_strength()));
