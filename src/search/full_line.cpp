@@ -5,8 +5,10 @@
 #include "board/position.h"
 #include "search/principal_variation.h"
 #include "search/root_tables.h"
+#include "search/search_control.h"
 #include "search/search_limits.h"
 #include "search/search_state.h"
+#include "search/time_control.h"
 #include "search/transposition.h"
 
 #include <algorithm>
@@ -16,10 +18,12 @@ namespace quelmar {
 namespace {
 
 // Positions whose moves may be listed to complete a mate: about a millisecond on a clock, some dozens without
-// one, and some seconds for a search that was asked for the mate.
+// one, and some seconds for a search that was asked for the mate and not stopped.
 int mate_positions() {
     constexpr int ON_CLOCK = 200, WITHOUT_CLOCK = 5000, WANTED = 500000;
-    return search_limits.mate > 0 ? WANTED : search_state.timed ? ON_CLOCK : WITHOUT_CLOCK;
+    return search_limits.mate > 0 && !search_control.abort_search ? WANTED
+           : search_state.timed                                   ? ON_CLOCK
+                                                                  : WITHOUT_CLOCK;
 }
 
 bool is_move_of_entry(const TTEntry* entry, const Move& move) {
@@ -93,7 +97,20 @@ public:
     }
 
 private:
-    bool may_list() { return positions_-- > 0; }
+    bool may_list() {
+        constexpr int BETWEEN_LOOKS = 256;  // positions, about a millisecond
+        if (positions_ > 0 && positions_ % BETWEEN_LOOKS == 0 && !search_control.abort_search)
+            look_outside();
+        return positions_-- > 0;
+    }
+
+    // A stop that came before is no reason to leave the line incomplete.
+    void look_outside() {
+        line_.poll_input();
+        stop_when_time_is_up();
+        if (search_control.abort_search)
+            positions_ = 0;
+    }
 
     std::vector<Move> moves_of_position() { return may_list() ? legal_moves() : std::vector<Move>{}; }
 

@@ -10,6 +10,7 @@
 #include "board/make_move.h"
 #include "board/position.h"
 #include "search/search_limits.h"
+#include "search/search_reports.h"
 #include "search/search_state.h"
 #include "search/transposition.h"
 
@@ -105,6 +106,12 @@ bool LinePlayer::has_room() const {
     constexpr int TRIAL_MOVES = 2;  // of the generators
     return moves_.size() < static_cast<std::size_t>(MAX_LINE) &&
            position.game_ply + TRIAL_MOVES < POSITION_STACK_SIZE - 1;
+}
+
+void LinePlayer::poll_input() const {
+    position.search_ply = search_ply_then_ + static_cast<int>(moves_.size());
+    search_reports.poll_input();
+    position.search_ply = 0;
 }
 
 std::vector<Move> legal_moves() {

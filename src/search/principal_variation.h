@@ -49,6 +49,9 @@ public:
     const std::vector<Move>& moves() const { return moves_; }
     bool has_room() const;  // on the position stack and in a variation
 
+    // Acts on the input that has arrived. Commands find the game's position behind the moves of the line.
+    void poll_input() const;
+
 private:
     PieceOrderGuard order_;
     int search_ply_then_ = position.search_ply;
