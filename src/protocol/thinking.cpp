@@ -208,7 +208,10 @@ void print_current_move() {
 void print_current_line() {
     print(protocol_state.standard_uci ? "info currline 1" : "info currline");
     for (int back = position.search_ply; back > 0; --back) {
-        print(" %s", move_text(position.back(back).move).c_str());
+        const Move& move = position.back(back).move;
+        if (protocol_state.standard_uci && move.from == 0)
+            break;  // clients play the moves, and a null move is none
+        print(" %s", move_text(move).c_str());
     }
     print("\n");
 }

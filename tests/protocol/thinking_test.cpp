@@ -168,6 +168,9 @@ TEST_F(ThinkingTest, StatusLines) {
     settings.show_curr_line = settings.show_refutations = 1;
     EXPECT_NE(printed_by(search_reports.status).find(" tbhits 0\ninfo currline e2e4 0000\n"),
               std::string::npos);
+    protocol_state.standard_uci = true;
+    EXPECT_NE(printed_by(search_reports.status).find("\ninfo currline 1 e2e4\n"), std::string::npos);
+    protocol_state.standard_uci = false;
     unmake_null_move();
     unmake_move(&first);
     store("e2e4", "e7e5");
