@@ -67,7 +67,7 @@ void set_number(int& setting, std::string_view value) {
 namespace {
 
 constexpr char FILE_NAME[] = "quelmar.ini";
-constexpr int LINE_BUFFER = 80;  // bytes, NUL included; what is longer reads as several lines
+constexpr int LINE_BUFFER = 80;  // bytes, NUL included
 
 using Reader = void (*)(std::string_view value, int* setting);
 
@@ -99,7 +99,11 @@ void null_move(std::string_view value, int*) {
 }
 
 void tablebase_path(std::string_view value, int*) {
-    settings.tb_path = without_line_end(value).substr(0, TB_PATH_MAX);
+    const std::string_view path = without_line_end(value);
+    if (protocol_state.standard_uci && path.size() > TB_PATH_MAX)
+        tell("tbpath is longer than " + std::to_string(TB_PATH_MAX) + " characters");
+    else
+        settings.tb_path = path.substr(0, TB_PATH_MAX);
 }
 
 void piece_letters(std::string_view value, int*) {
@@ -146,14 +150,31 @@ bool apply_config_line(std::string_view line) {
 
 namespace {
 
+// The next line. The first program reads what is longer than its buffer as several lines; here only what no
+// line of settings can be is cut.
+bool read_line(std::FILE* file, std::string& line) {
+    constexpr std::size_t ENDLESS = std::size_t{1} << 20;
+    Table<char, LINE_BUFFER> part;
+    line.clear();
+    while (line.size() < ENDLESS && std::fgets(part.data(), LINE_BUFFER, file) && part[0] != '\0') {
+        line += part.data();
+        if (!protocol_state.standard_uci || line.ends_with('\n'))
+            break;
+    }
+    return !line.empty();
+}
+
 bool read_file(const std::string& path) {
+    // A pipe without a writer would hold us up for ever.
+    if (protocol_state.standard_uci && !platform::is_regular_file(path.c_str()))
+        return false;
     const platform::FileHandle file{std::fopen(path.c_str(), "r")};
     if (!file)
         return false;
-    Table<char, LINE_BUFFER> line;
+    std::string line;
     // A line that begins with a NUL byte is no text: the rest of such a file is not worth reading.
-    while (std::fgets(line.data(), LINE_BUFFER, file.get()) && line[0] != '\0')
-        apply_config_line(line.data());
+    while (read_line(file.get(), line))
+        apply_config_line(line);
     return true;
 }
 

@@ -55,7 +55,8 @@ void choose_null_reduction(int plies);
 void set_number(int& setting, std::string_view value);
 
 // Reads "quelmar.ini" in the working directory into `settings` and returns whether there is one. Without it
-// nothing changes; lines that are not understood are passed over; nothing is ever reported.
+// nothing changes; lines that are not understood are passed over; nothing is reported. Only the standard UCI
+// wants a regular file, reads lines of any length and tells of a path of tables that is too long.
 bool read_config_file();
 
 // The same for "quelmar/quelmar.ini" in the folder of the user's settings: $XDG_CONFIG_HOME where it is an

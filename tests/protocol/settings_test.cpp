@@ -1,5 +1,6 @@
 // The settings file as a file; what its lines set is asked with the UCI options.
 #include "eval/evaluate.h"
+#include "protocol/protocol_state.h"
 #include "protocol/settings.h"
 #include "protocol/text_values.h"
 #include "search/search_control.h"
@@ -35,6 +36,8 @@ TEST_F(ConfigFileOnDisk, MissingOrUnreadableFileChangesNothing) {
     std::filesystem::create_directory("quelmar.ini");
     read_config_file();
     EXPECT_EQ(settings.hash_mb, 24);
+    protocol_state.standard_uci = true;
+    EXPECT_FALSE(read_config_file());  // so that the user's own is read
 }
 
 TEST_F(ConfigFileOnDisk, LinesInTurnAndALastOneWithoutLineEnd) {
