@@ -83,16 +83,19 @@ void print(const char* format, ...) {
 }
 
 std::string open_log_file(const std::string& path) {
-    log_file = {};
+    std::ofstream wanted;
+    if (!path.empty()) {
+        // A pipe without a reader would hold us up for ever.
+        std::error_code ignored;
+        if (std::filesystem::exists(path, ignored) && !std::filesystem::is_regular_file(path, ignored))
+            return "is no ordinary file";
+        wanted.open(path, std::ios::app);
+        if (!wanted.is_open())
+            return "cannot be written";
+    }
+    log_file = std::move(wanted);
     unfinished_line.clear();
-    if (path.empty())
-        return {};
-    // A pipe without a reader would hold us up for ever.
-    std::error_code ignored;
-    if (std::filesystem::exists(path, ignored) && !std::filesystem::is_regular_file(path, ignored))
-        return "is no ordinary file";
-    log_file.open(path, std::ios::app);
-    return log_file.is_open() ? "" : "cannot be written";
+    return {};
 }
 
 void log_input(std::string_view line) {

@@ -13,8 +13,8 @@ namespace quelmar {
 void print_text(std::string_view text);
 
 // From here on every line in and out is added to the file `path`, with the time (UTC) and its direction; with
-// an empty path none is. Returns what stands against it ("cannot be written"), in which case no log is kept;
-// empty when nothing does. A file that fails later on is closed with a message.
+// an empty path none is. Returns what stands against it ("cannot be written"), in which case a log that is
+// kept goes on; empty when nothing does. A file that fails later on is closed with a message.
 std::string open_log_file(const std::string& path);
 
 // A line that has been read, its line end included or not.

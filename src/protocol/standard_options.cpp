@@ -92,7 +92,8 @@ std::string log_path;
 
 std::string set_log_file(const std::string& path) {
     std::string fault = open_log_file(path);
-    log_path = fault.empty() ? path : std::string{};
+    if (fault.empty())
+        log_path = path;
     return fault;
 }
 
