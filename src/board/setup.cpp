@@ -7,6 +7,7 @@
 #include "board/square_tables.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <limits>
 #include <string_view>
@@ -17,7 +18,8 @@ namespace quelmar {
 namespace {
 
 struct FenFields {
-    std::string_view castling, en_passant, halfmove_clock;
+    std::string_view castling, en_passant, halfmove_clock, move_number;
+    std::string_view rest;
 };
 
 // Squares of the rooks that may castle, White short, long, Black short, long; 0 without the right. A right
@@ -94,6 +96,8 @@ FenFields split_fen_fields(std::string_view text) {
     fields.castling = take_field(text);
     fields.en_passant = take_field(text);
     fields.halfmove_clock = take_field(text);
+    fields.move_number = take_field(text);
+    fields.rest = text.substr(std::min(text.find_first_not_of(' '), text.size()));
     return fields;
 }
 
@@ -142,9 +146,10 @@ u8 read_halfmove_clock(std::string_view field) {
 }
 
 constexpr char PIECE_CODES[] = " PNBRQKpnbrqk";  // in the order of the piece codes
+constexpr std::string_view SEPARATORS = " /;";   // each of them ends a rank
 
 bool is_separator(char c) {
-    return c == ' ' || c == '/' || c == ';';
+    return SEPARATORS.find(c) != std::string_view::npos;
 }
 
 void clear_board() {
@@ -242,6 +247,45 @@ void read_fields(const FenFields& fields, FenFieldsRead wanted) {
 }
 
 }  // namespace
+
+// ---- faults ----
+
+namespace {
+
+// `fen` from the side to move on; its placement has been read.
+std::string_view behind_placement(std::string_view fen) {
+    for (int rank = 0; rank < 8; ++rank)
+        fen.remove_prefix(fen.find_first_of(SEPARATORS) + 1);
+    return fen;
+}
+
+bool has_all_rights(std::string_view castling) {
+    const int lost = std::popcount(position.current().castle_lost);
+    return castling == "-" || castling.size() + static_cast<std::size_t>(lost) == CastlingRooks::size();
+}
+
+bool is_number(std::string_view field) {
+    return field.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+}  // namespace
+
+std::vector<FenFault> faults_of_fields(std::string_view fen) {
+    const FenFields fields = split_fen_fields(behind_placement(fen));
+    std::vector<FenFault> faults;
+    const auto expect = [&faults](bool fits, const char* what, std::string_view text) {
+        if (!fits && !text.empty())
+            faults.push_back({what, text});
+    };
+    expect(has_all_rights(fields.castling),
+           "not all of these castling rights are possible:", fields.castling);
+    expect(fields.en_passant == "-" || position.current().ep_square != 0,
+           "no pawn can have passed this square:", fields.en_passant);
+    expect(is_number(fields.halfmove_clock), "this halfmove clock is no number:", fields.halfmove_clock);
+    expect(is_number(fields.move_number), "this move number is no number:", fields.move_number);
+    expect(false, "this stands behind the last field:", fields.rest);
+    return faults;
+}
 
 // ---- out ----
 

@@ -118,13 +118,16 @@ GoArguments read_arguments(std::string_view text) {
         } else if (word == "searchmoves") {
             go.moves = take_moves(text);
         } else if (const Keyword* keyword = find_keyword(word)) {
-            keyword->limit(go) = take_limit(text);
-            if (!keyword->limit(go))
+            if (const Limit limit = take_limit(text))
+                keyword->limit(go) = limit;
+            else
                 tell("no number behind " + excerpt(word));
         } else {
             tell("unknown word " + excerpt(word) + " behind go");
         }
     }
+    if (go.has_clock() && !go.time[WHITE] && !go.time[BLACK] && !go.infinite)
+        tell("there is no time for the side to move");
     return go;
 }
 
@@ -223,11 +226,6 @@ void limit_strength(GoArguments& go) {
 }  // namespace
 
 void standard_go(std::string_view arguments) {
-    if (!position.usable) {
-        tell("there is no position to search");
-        print("bestmove %s\n", move_text(Move{}).c_str());
-        return;
-    }
     GoArguments go = read_arguments(arguments);
     limit_strength(go);
     if (go.ponder && !go.has_limit())

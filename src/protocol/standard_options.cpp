@@ -250,7 +250,10 @@ static void refuse(const Option& option, const std::string& value, const std::st
 }
 
 void set_standard_option(std::string_view arguments) {
-    take_word(arguments);  // "name"
+    if (take_word(arguments) != "name") {
+        tell("setoption takes name NAME [value VALUE]");
+        return;
+    }
     const std::string name = take_name(arguments);
     const std::string value(without_space_around(arguments));
     const auto* option = std::find_if(std::begin(OPTIONS), std::end(OPTIONS), [&name](const Option& one) {

@@ -18,6 +18,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <memory>
 #include <string>
 
 namespace quelmar {
@@ -50,24 +51,37 @@ bool play_listed_move(std::string_view word) {
 }
 
 // The words up to "moves", with one blank between them.
-std::string take_fen(std::string_view& text) {
+std::string take_setup(std::string_view& text) {
     std::string fen;
     for (std::string_view word = take_word(text); !word.empty() && word != "moves"; word = take_word(text))
         fen.append(fen.empty() ? "" : " ").append(word);
     return fen;
 }
 
+// False when the FEN cannot be read; the game is as it was then.
+bool set_up_fen(const std::string& fen) {
+    const auto before = std::make_unique<const Position>(position);
+    if (const FenError error = set_up_game(fen.c_str()); error != FenError::NONE) {
+        position = *before;
+        tell_fen_error(error);
+        return false;
+    }
+    for (const FenFault& fault : faults_of_fields(fen))
+        tell(std::string("FEN: ") + fault.what + " " + excerpt(fault.text));
+    return true;
+}
+
 void set_up_position(std::string_view arguments) {
     const std::string_view kind = take_word(arguments);
-    std::string fen = take_fen(arguments);
+    const std::string setup = take_setup(arguments);
     if (kind == "startpos") {
-        fen = START_FEN;
+        set_up_game(START_FEN);
+        if (!setup.empty())
+            tell("unknown words " + excerpt(setup) + " behind startpos");
     } else if (kind != "fen") {
         tell("a position is startpos or fen");
         return;
-    }
-    if (const FenError error = set_up_game(fen.c_str()); error != FenError::NONE) {
-        tell_fen_error(error);
+    } else if (!set_up_fen(setup)) {
         return;
     }
     for (std::string_view word = take_word(arguments); !word.empty(); word = take_word(arguments)) {
@@ -89,7 +103,11 @@ void quit(std::string_view) {
 }
 
 void debug(std::string_view arguments) {
-    state.uci_debug = take_word(arguments) == "on";
+    const std::string_view word = take_word(arguments);
+    if ((word != "on" && word != "off") || !skip_space(arguments).empty())
+        tell("debug takes on or off");
+    else
+        state.uci_debug = word == "on";
 }
 
 void is_ready(std::string_view) {

@@ -22,12 +22,6 @@ namespace quelmar {
 
 namespace {
 
-bool has_position() {
-    if (!position.usable)
-        tell("there is no position");
-    return position.usable;
-}
-
 // ---- d ----
 
 bool stands_on(Side side, Piece kind, Square square) {
@@ -92,7 +86,7 @@ void print_trace(const EvalTrace& trace) {
 // ---- perft ----
 
 constexpr int MAX_PERFT_DEPTH = 60;
-constexpr int UNASKED_DEPTH = 3;  // so many plies are counted between two looks at the input
+constexpr int UNASKED_DEPTH = 2;  // plies between two looks at the input; a third can take seconds
 
 u64 count_below(int depth) {
     if (depth <= UNASKED_DEPTH)
@@ -113,8 +107,6 @@ u64 count_below(int depth) {
 }  // namespace
 
 void show_position() {
-    if (!has_position())
-        return;
     const RootView root;
     print_text(board_diagram());
     print("FEN: %s\nKey: %016" PRIX64 "\nCheckers:%s\n", fen_text().c_str(), position.current().key,
@@ -122,24 +114,23 @@ void show_position() {
 }
 
 void show_evaluation() {
-    if (!has_position())
-        return;
     const RootView root;
     print_evaluation();
 }
 
 void count_games(std::string_view arguments) {
-    if (!has_position())
-        return;
     const auto depth = take_number(arguments);
-    if (!depth || *depth < 1 || *depth > MAX_PERFT_DEPTH) {
+    if (!depth || *depth < 1 || *depth > MAX_PERFT_DEPTH || !skip_space(arguments).empty()) {
         tell("go perft takes a depth from 1 to " + std::to_string(MAX_PERFT_DEPTH));
         return;
     }
     build_root_moves();
     protocol_state.searching = true;
     u64 games = 0;
-    for (const Move* move = root_moves.data(); move->from != 0 && !search_control.abort_search; ++move) {
+    for (const Move* move = root_moves.data(); move->from != 0; ++move) {
+        poll_input();
+        if (search_control.abort_search)
+            break;
         const std::string name = move_text(*move);
         make_move(move);
         const u64 of_move = count_below(*depth - 1);

@@ -5,15 +5,14 @@
 
 namespace quelmar {
 
-// "d": the position as a diagram, its FEN, its key and the men that give check. As all of these it says so
-// when there is no position.
+// "d": the position as a diagram, its FEN, its key and the men that give check.
 void show_position();
 
 // "eval": the table of the terms.
 void show_evaluation();
 
 // "go perft DEPTH": how many games of so many plies there are, by their first move. "stop" ends it. Anything
-// but a depth from 1 to 60 is told.
+// but one depth from 1 to 60 is told.
 void count_games(std::string_view arguments);
 
 // Prints one row per term, in 128ths of a pawn for middlegame and endgame, as White and Black have it and as
