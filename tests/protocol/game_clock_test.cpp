@@ -3,7 +3,10 @@
 #include "board/setup.h"
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
+#include "protocol/protocol_state.h"
 #include "support/engine.h"
+
+#include <array>
 
 namespace quelmar {
 namespace {
@@ -86,6 +89,16 @@ TEST_F(ClockCommands, TimeLeftGoesToOneSideInEveryEntry) {
     }
     EXPECT_EQ(read_centiseconds("-50\n"), -500);
     EXPECT_EQ(read_centiseconds("4000000000\n"), MOST);
+}
+
+TEST_F(ClockCommands, OnAServerTheLineKeepsItsSeconds) {
+    protocol_state.ics_mode = true;
+    for (const auto& [minutes, white, black] : {std::array{4, 230, 225}, std::array{3, 175, 175}}) {
+        set_level("0 " + std::to_string(minutes) + " 0\n");
+        new_game();
+        EXPECT_EQ(position.current().clock[WHITE].time_left_ms, 1000 * white) << minutes;
+        EXPECT_EQ(position.current().clock[BLACK].time_left_ms, 1000 * black) << minutes;
+    }
 }
 
 TEST_F(ClockCommands, WhatIsNoClockChangesNothing) {
