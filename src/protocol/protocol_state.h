@@ -24,9 +24,9 @@ struct ProtocolState {
     bool force_mode = false;    // record moves, never think unasked
     bool engine_white = false;
     bool engine_black = false;
-    bool easy_mode = false;      // no pondering
+    bool easy_mode = false;  // no pondering
     bool clock_running = false;
-    bool game_over = false;    // a result was printed for the current position
+    bool game_over = false;  // a result was printed for the current position
     bool ics_computer_opponent = false;
     bool searching = false;                     // think() runs: commands come from its input poll
     std::vector<std::string> pending_commands;  // read during a search, to be run after it, in their order
