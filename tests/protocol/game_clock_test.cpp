@@ -4,7 +4,9 @@
 #include "protocol/game.h"
 #include "protocol/game_clock.h"
 #include "protocol/protocol_state.h"
+#include "search/time_control.h"
 #include "support/engine.h"
+#include "support/searching.h"
 
 #include <array>
 
@@ -99,6 +101,19 @@ TEST_F(ClockCommands, OnAServerTheLineKeepsItsSeconds) {
         EXPECT_EQ(position.current().clock[WHITE].time_left_ms, 1000 * white) << minutes;
         EXPECT_EQ(position.current().clock[BLACK].time_left_ms, 1000 * black) << minutes;
     }
+}
+
+TEST_F(ClockCommands, TheFirstMoveOfAGameIsFree) {
+    constexpr i32 THOUGHT_MS = 5000;
+    new_game();
+    set_level("0 5 0\n");
+    for (const char* move : {"e2e4", "e7e5"}) {
+        play_game_move(move_named(move));
+        protocol_state.last_clock_stamp = clock_ms() - THOUGHT_MS;
+        charge_clock();
+    }
+    EXPECT_EQ(position.current().clock[WHITE].time_left_ms, 300000);
+    EXPECT_LE(position.current().clock[BLACK].time_left_ms, 300000 - THOUGHT_MS);
 }
 
 TEST_F(ClockCommands, WhatIsNoClockChangesNothing) {
