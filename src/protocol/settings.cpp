@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <string>
 
@@ -158,7 +159,9 @@ bool read_line(std::FILE* file, std::string& line) {
     line.clear();
     while (line.size() < ENDLESS && std::fgets(part.data(), LINE_BUFFER, file) && part[0] != '\0') {
         line += part.data();
-        if (!protocol_state.standard_uci || line.ends_with('\n'))
+        // What is shorter than the buffer has ended, by a line end or by a NUL byte before it.
+        if (!protocol_state.standard_uci || line.ends_with('\n') ||
+            std::strlen(part.data()) + 1 < LINE_BUFFER)
             break;
     }
     return !line.empty();

@@ -204,6 +204,7 @@ SearchLimits limits_of(const GoArguments& go) {
 bool wait_out_pondering() {
     search_control.ponder_state = Pondering::YES;
     search_control.abort_search = false;
+    position.search_ply = 0;  // the last move of the game is none of a search
     protocol_state.searching = true;
     while (search_control.ponder_state == Pondering::YES && !search_control.abort_search) {
         wait_for_input();

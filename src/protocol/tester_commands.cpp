@@ -86,15 +86,28 @@ void print_trace(const EvalTrace& trace) {
 // ---- perft ----
 
 constexpr int MAX_PERFT_DEPTH = 60;
-constexpr int UNASKED_DEPTH = 2;  // plies between two looks at the input; a third can take seconds
+constexpr int UNASKED_DEPTH = 2;  // plies without a look at the input; a third can take seconds
+// Enough that a count of an instant is complete where all commands come at once, with "quit" or the end
+// behind.
+constexpr u64 GAMES_BETWEEN_LOOKS = u64{1} << 20;
+u64 games_since_look = 0;
+
+u64 count_unasked(int depth) {
+    const u64 games = perft(depth, generate_legal_moves);
+    games_since_look += games;
+    if (games_since_look > GAMES_BETWEEN_LOOKS) {
+        games_since_look = 0;
+        poll_input();
+    }
+    return games;
+}
 
 u64 count_below(int depth) {
     if (depth <= UNASKED_DEPTH)
-        return perft(depth, generate_legal_moves);
+        return count_unasked(depth);
     u64 games = 0;
     generate_legal_moves();
     for (const Move& move : move_list.current()) {
-        poll_input();
         if (search_control.abort_search)
             break;
         make_move(&move);
@@ -126,9 +139,9 @@ void count_games(std::string_view arguments) {
     }
     build_root_moves();
     protocol_state.searching = true;
+    games_since_look = 0;
     u64 games = 0;
     for (const Move* move = root_moves.data(); move->from != 0; ++move) {
-        poll_input();
         if (search_control.abort_search)
             break;
         const std::string name = move_text(*move);

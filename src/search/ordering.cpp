@@ -101,7 +101,8 @@ void lift_first(u16 squares, i32 worth) {
     }
 }
 
-// The place of the best score, the first of equals; -1 when all are handed out. There is at least one vector.
+// The place of the best score, the first of equals; -1 when all are handed out. The first vector can always
+// be read, since a vector's worth of HANDED_OUT stands behind the last score.
 int place_of_best(const i32* left, int vectors) {
     const int size = LANES * vectors;
     i32 best = HANDED_OUT;
