@@ -151,8 +151,8 @@ bool apply_config_line(std::string_view line) {
 
 namespace {
 
-// The next line. The first program reads what is longer than its buffer as several lines; here only what no
-// line of settings can be is cut.
+// The next line. `quelmar` reads what is longer than its buffer as several lines; `quelmar-uci` cuts only
+// what no line of settings can be.
 bool read_line(std::FILE* file, std::string& line) {
     constexpr std::size_t ENDLESS = std::size_t{1} << 20;
     Table<char, LINE_BUFFER> part;
